@@ -1,0 +1,60 @@
+// Every host service the plug-in uses, found by name through the resolver the host
+// handed to REALPluginMain. The table below is the whole contract: the function
+// the plug-in calls (named after the host's interface), the name the host knows it
+// by, and its signature. One mechanism serves them all:
+//   - the first call asks the resolver and keeps the answer in the entry point's
+//     cache slot; a successful look-up is never repeated;
+//   - a failed look-up is not remembered: the next call asks again, so a host that
+//     learns a name later is still served;
+//   - while the host has no such entry point, nothing is called and the zero of
+//     the result type comes back (nil, false, nothing), which callers treat like
+//     the host answering nil or false.
+// The slot is one pointer-sized word written whole; racing first uses store the
+// same address, so no lock is taken.
+#pragma once
+
+#include "platform/xojo/rb_plugin.h"
+
+extern REALResolver gResolver;
+
+template <typename Signature>
+class HostEntryPoint;
+
+template <typename Result, typename... Arguments>
+class HostEntryPoint<Result(Arguments...)> {
+public:
+    constexpr explicit HostEntryPoint(const char* lookedUpAs) : name_(lookedUpAs) {}
+
+    Result operator()(Arguments... arguments) const {
+        if (slot_ == nullptr && gResolver != nullptr) slot_ = gResolver(name_);
+        if (slot_ == nullptr) return Result();
+        return reinterpret_cast<Result (*)(Arguments...)>(slot_)(arguments...);
+    }
+
+private:
+    const char* name_;
+    mutable void* slot_ = nullptr;
+};
+
+// Two entry points of different signatures behind one plug-in-side name; each
+// keeps its own slot.
+template <typename... EntryPoints>
+struct HostOverloads : EntryPoints... {
+    using EntryPoints::operator()...;
+};
+
+//                                   signature as the plug-in uses it                                      plug-in-side name                 looked up as
+inline const HostEntryPoint<void(REALclassDefinition*)>                                                 REALRegisterClassExtension{"PluginRegisterClassExtension"};
+inline const HostEntryPoint<void(REALmoduleDefinition*)>                                                REALRegisterModule{"PluginRegisterModule"};
+inline const HostEntryPoint<REALpicture(int32_t width, int32_t height, int32_t depth)>                  REALNewPicture{"newPicture"};
+inline const HostOverloads<HostEntryPoint<void(REALpicture, REALpictureDescription*)>,
+                           HostEntryPoint<bool(REALpicture, REALpictureDescription*, int32_t type)>>    REALLockPictureDescription{{"lockPictureDescription"}, {"REALLockPictureDescription"}};
+inline const HostEntryPoint<void(REALpicture)>                                                          REALUnlockPictureDescription{"unlockPictureDescription"};
+inline const HostEntryPoint<void(REALpicture)>                                                          REALPictureClearCache{"REALPictureClearCache"};
+inline const HostEntryPoint<void(REALobject)>                                                           REALLockObject{"REALLockObject"};
+inline const HostEntryPoint<void(REALobject)>                                                           REALUnlockObject{"REALUnlockObject"};
+inline const HostEntryPoint<REALobject(REALpicture)>                                                    REALGetPictureGraphics{"pluginPictureGraphicsGetter"};
+inline const HostEntryPoint<void*(REALobject, const char* declaration)>                                 REALLoadObjectMethod{"REALLoadObjectMethod"};
+inline const HostEntryPoint<bool(REALobject, const char* property, int32_t* value)>                     REALGetPropValueInt32{"REALGetPropValueInt"};
+inline const HostEntryPoint<REALpicture(REALpicture, uint8_t create)>                                   REALGetPictureMask{"REALGetPictureMask"};
+inline const HostEntryPoint<void*(const char* className)>                                               REALGetClassRef{"pluginObjectType"};

@@ -1,0 +1,171 @@
+// The simulated Xojo runtime: the test bench of the plug-in.
+//
+// It plays the host for the plug-in exactly as the real one would: a resolver that
+// answers every entry-point name the plug-in uses, pictures in both storage kinds
+// (QuickDraw offscreen worlds on desktop hosts, host bitmap records on console and
+// web hosts), reference counts, description and pixel locks, masks, graphics
+// objects and the DrawPicture method. It is strict: every call the real host would
+// not allow, every reference or lock left behind, every unbalanced unlock is
+// written down in the ledger, which a test asks at its end. And it injects faults:
+// entry points missing or appearing only from their n-th look-up, pictures that
+// cannot be made, description locks that fail, no graphics or no DrawPicture.
+//
+// One SimulatedHost is active at a time (the resolver is a plain C function).
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/macos/macos_system.h"
+#include "platform/xojo/rb_plugin.h"
+
+namespace simhost {
+
+// Which of the classes "Application", "ConsoleApplication", "WebApplication" the
+// host answers for (none: the first picture's type decides).
+enum class HostKind { Desktop, Console, Web, Undecided };
+
+// How a picture is stored.
+enum class Storage {
+    GWorld32,    // desktop: QuickDraw world of depth 32, bytes A, R, G, B
+    GWorld24,    // desktop: depth 24, bytes R, G, B
+    GWorld16,    // desktop: depth 16, 1-5-5-5 little-endian words (alpha bit)
+    HostBitmap,  // console/web: record of type 10, bytes B, G, R, X (7-bit alpha)
+    VectorOnly,  // described only as type 8; the host can still draw it
+};
+
+struct HostConfig {
+    std::optional<double> version = 2019.0;  // nullopt: no "REALGetRBVersion"
+    HostKind kind = HostKind::Desktop;
+    // Names the resolver never answers for.
+    std::set<std::string> missingEntryPoints;
+    // Names the resolver answers for only from their n-th look-up on (1-based).
+    std::map<std::string, int> entryPointsFromLookup;
+    // REALNewPicture returns nil from its n-th call on (0: never).
+    int newPictureFailsFromCall = 0;
+    // The three-argument description lock answers false for these requested types.
+    std::set<int32_t> failingDescriptionTypes;
+    bool graphicsUnavailable = false;      // pluginPictureGraphicsGetter answers nil
+    bool drawPictureUnavailable = false;   // REALLoadObjectMethod answers null
+    // What a new picture from REALNewPicture holds before anyone writes it
+    // (0xAARRGGBB). Opaque white, as the desktop runtime makes them.
+    uint32_t newPictureFill = 0xFFFFFFFF;
+    // The storage of pictures the host makes for REALNewPicture; by default
+    // GWorld32 on desktop hosts and HostBitmap elsewhere.
+    std::optional<Storage> newPictureStorage;
+    // Extra bytes at the end of every world row (desktop), so stride errors show.
+    int32_t rowPadding = 12;
+    macos_system::Configuration system;
+};
+
+// What the plug-in registered at start-up, deep-copied.
+struct RegisteredMethod {
+    REALproc function = nullptr;
+    REALproc setter = nullptr;
+    std::string declaration;  // empty for a null declaration
+    uint32_t flags = 0;
+    uint32_t attributeCount = 0;
+};
+struct Registration {
+    enum class Form { Nothing, ClassExtension, Module } form = Form::Nothing;
+    int32_t definitionVersion = 0;   // word 0 of what was registered
+    bool olderLayout = false;        // class registered with 4-word method entries
+    std::string name;                // class name, or module name
+    uint32_t classFlags = 0;
+    std::vector<RegisteredMethod> methods;
+    int registrations = 0;           // how many registration calls were made
+    std::optional<int32_t> announcedVersion;  // argument of "RegisterPluginVersion"
+};
+
+// A picture's pixel as the host sees it (channels 0..255).
+struct Rgba {
+    uint8_t r, g, b, a;
+    friend bool operator==(const Rgba&, const Rgba&) = default;
+};
+
+class SimulatedHost {
+public:
+    explicit SimulatedHost(HostConfig config = {});
+    ~SimulatedHost();
+    SimulatedHost(const SimulatedHost&) = delete;
+    SimulatedHost& operator=(const SimulatedHost&) = delete;
+
+    const HostConfig& config() const;
+    static REALResolver Resolver();
+    static SimulatedHost& Current();
+
+    const Registration& registration() const;
+    int Lookups(const std::string& name) const;   // how often the resolver was asked
+    int Calls(const std::string& name) const;     // how often an entry point ran
+
+    // Pictures the test makes: one reference, owned by the test.
+    REALpicture MakePicture(Storage storage, int32_t width, int32_t height);
+    void Release(REALobject object);   // drops one reference, like REALUnlockObject
+    void SetPixel(REALpicture picture, int32_t x, int32_t y, Rgba pixel);
+    Rgba GetPixel(REALpicture picture, int32_t x, int32_t y) const;
+    // The stored bytes of one pixel (3 for GWorld24, 2 for GWorld16, else 4).
+    std::vector<uint8_t> RawPixel(REALpicture picture, int32_t x, int32_t y) const;
+    Storage StorageOf(REALpicture picture) const;
+    int32_t Width(REALpicture picture) const;
+    int32_t Height(REALpicture picture) const;
+    int References(REALobject object) const;
+    bool IsAlive(REALobject object) const;
+    // The picture's mask, or nil; no reference is added. SetMask gives the mask to
+    // the picture (the picture takes its own reference).
+    REALpicture MaskOf(REALpicture picture) const;
+    void SetMask(REALpicture picture, REALpicture mask);
+    // Number of REALPictureClearCache calls made on a picture.
+    int CacheClears(REALpicture picture) const;
+
+    // Everything taken during the test has been given back: every object the
+    // plug-in made is gone, except each of `returned`, which holds exactly one
+    // reference (the caller's) plus any its mask needs; test-made objects hold
+    // the references the test gave them; no description or pixel lock is held;
+    // no call was made that the host forbids; no row canary was overwritten.
+    // Returns the problems found, empty when balanced.
+    std::vector<std::string> LedgerProblems(const std::vector<REALpicture>& returned = {}) const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+    friend struct HostEntryPoints;
+};
+
+// Loads the plug-in library as the host does: a fresh instance of the shared
+// library (its process-wide caches start empty), REALPluginMain called with the
+// simulated host's resolver, and the method table taken from what it registered.
+class PluginLibrary {
+public:
+    PluginLibrary(SimulatedHost& host, const std::string& libraryPath);
+    ~PluginLibrary();
+    PluginLibrary(const PluginLibrary&) = delete;
+    PluginLibrary& operator=(const PluginLibrary&) = delete;
+
+    // The registered function of the method whose declaration starts with name
+    // (the text before "(" or " "); null when none was registered.
+    REALproc Find(const std::string& name) const;
+
+    // Calls a registered method with the receiver first. The argument and result
+    // types must be the method's native ones (double, uint32_t, signed char,
+    // int32_t; REALpicture, bool, int64_t).
+    template <typename Result, typename... Arguments>
+    Result Call(const std::string& name, REALpicture receiver, Arguments... arguments) const {
+        auto function = reinterpret_cast<Result (*)(REALpicture, Arguments...)>(Find(name));
+        return function(receiver, arguments...);
+    }
+
+private:
+    SimulatedHost& host_;
+    void* handle_ = nullptr;
+    std::string loadedCopy_;
+};
+
+// Path of the built plug-in library, for tests and tools.
+std::string DefaultPluginPath();
+
+}  // namespace simhost
