@@ -80,6 +80,18 @@ private:
 class PictureReader : public PictureEditor {};
 class PictureWriter : public PictureEditor {};
 
+// Every picture the transforms ask the host to make is 1 to 32767 pixels a side.
+constexpr int32_t kMaxPictureSide = 32767;
+inline bool IsValidPictureSize(int32_t width, int32_t height) {
+    return width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide;
+}
+
+// Makes a new depth-32 picture (legacy port reset first) and binds the writer to
+// it. The creation reference is given up at once, bound or not: the writer's own
+// reference keeps the picture alive, and a picture that could not be bound goes
+// back to the host. False when the host made no picture or it could not be bound.
+bool BindNewPicture(PictureWriter& writer, int32_t width, int32_t height);
+
 // Which way pictures are reached; decided on the first binding of the process.
 extern bool IsDesktop;
 extern bool IsConsole;

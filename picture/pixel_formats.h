@@ -1,0 +1,74 @@
+// One codec per pixel format, for loops specialised by format: a transform picks
+// its loop once per pass from the (source, destination) format pair and runs it
+// with no format test per pixel. PictureEditor::GetPixel and SetPixel stay the
+// readable definition of the formats; these codecs must agree with them bit for
+// bit, which the tests check.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "picture/picture_editor.h"
+
+template <int32_t Format>
+struct PixelCodec;
+
+template <>
+struct PixelCodec<PixelFormatARGB32> {
+    static constexpr int32_t kBytesPerPixel = 4;
+    static Pixel Read(const uint8_t* p) { return {p[1], p[2], p[3], p[0]}; }
+    static void Write(uint8_t* p, const Pixel& v) {
+        p[0] = static_cast<uint8_t>(v.a);
+        p[1] = static_cast<uint8_t>(v.r);
+        p[2] = static_cast<uint8_t>(v.g);
+        p[3] = static_cast<uint8_t>(v.b);
+    }
+};
+
+template <>
+struct PixelCodec<PixelFormatRGB24> {
+    static constexpr int32_t kBytesPerPixel = 3;
+    static Pixel Read(const uint8_t* p) { return {p[0], p[1], p[2], 255}; }
+    static void Write(uint8_t* p, const Pixel& v) {
+        p[0] = static_cast<uint8_t>(v.r);
+        p[1] = static_cast<uint8_t>(v.g);
+        p[2] = static_cast<uint8_t>(v.b);
+    }
+};
+
+// The host keeps 7 bits of alpha; reading widens them back to 0..255.
+template <>
+struct PixelCodec<PixelFormatHostBGRA> {
+    static constexpr int32_t kBytesPerPixel = 4;
+    static Pixel Read(const uint8_t* p) {
+        const int32_t v = p[3] & 0x7F;
+        return {p[2], p[1], p[0], v * 2 + (v & 1)};
+    }
+    static void Write(uint8_t* p, const Pixel& v) {
+        p[0] = static_cast<uint8_t>(v.b);
+        p[1] = static_cast<uint8_t>(v.g);
+        p[2] = static_cast<uint8_t>(v.r);
+        p[3] = static_cast<uint8_t>((v.a & 0xFF) >> 1);
+    }
+};
+
+// Calls visitor.template operator()<SourceCodec, DestinationCodec>() for the two
+// editors' formats and returns true, or returns false for a format without a codec
+// (the caller then takes the plain per-pixel path).
+template <typename Visitor>
+bool DispatchFormatPair(int32_t sourceFormat, int32_t destinationFormat, Visitor&& visitor) {
+    auto withDestination = [&]<typename Source>() {
+        switch (destinationFormat) {
+            case PixelFormatARGB32: visitor.template operator()<Source, PixelCodec<PixelFormatARGB32>>(); return true;
+            case PixelFormatRGB24: visitor.template operator()<Source, PixelCodec<PixelFormatRGB24>>(); return true;
+            case PixelFormatHostBGRA: visitor.template operator()<Source, PixelCodec<PixelFormatHostBGRA>>(); return true;
+            default: return false;
+        }
+    };
+    switch (sourceFormat) {
+        case PixelFormatARGB32: return withDestination.template operator()<PixelCodec<PixelFormatARGB32>>();
+        case PixelFormatRGB24: return withDestination.template operator()<PixelCodec<PixelFormatRGB24>>();
+        case PixelFormatHostBGRA: return withDestination.template operator()<PixelCodec<PixelFormatHostBGRA>>();
+        default: return false;
+    }
+}
