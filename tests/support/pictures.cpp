@@ -1,0 +1,34 @@
+#include "tests/support/pictures.h"
+
+namespace test_support {
+
+void FillRandom(simhost::SimulatedHost& host, REALpicture picture, uint32_t seed) {
+    uint32_t state = seed * 2654435761u + 1;
+    auto next = [&state] {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        return state;
+    };
+    for (int32_t y = 0; y < host.Height(picture); ++y)
+        for (int32_t x = 0; x < host.Width(picture); ++x) {
+            const uint32_t v = next();
+            host.SetPixel(picture, x, y,
+                          {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)});
+        }
+}
+
+Image ReadImage(const simhost::SimulatedHost& host, REALpicture picture) {
+    Image image{host.Width(picture), host.Height(picture), {}};
+    image.pixels.reserve(static_cast<size_t>(image.width) * image.height);
+    for (int32_t y = 0; y < image.height; ++y)
+        for (int32_t x = 0; x < image.width; ++x) image.pixels.push_back(host.GetPixel(picture, x, y));
+    return image;
+}
+
+void WriteImage(simhost::SimulatedHost& host, REALpicture picture, const Image& image) {
+    for (int32_t y = 0; y < image.height; ++y)
+        for (int32_t x = 0; x < image.width; ++x) host.SetPixel(picture, x, y, image.at(x, y));
+}
+
+}  // namespace test_support
