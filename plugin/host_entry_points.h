@@ -26,9 +26,14 @@ public:
     constexpr explicit HostEntryPoint(const char* lookedUpAs) : name_(lookedUpAs) {}
 
     Result operator()(Arguments... arguments) const {
-        if (slot_ == nullptr && gResolver != nullptr) slot_ = gResolver(name_);
-        if (slot_ == nullptr) return Result();
+        if (!IsAvailable()) return Result();
         return reinterpret_cast<Result (*)(Arguments...)>(slot_)(arguments...);
+    }
+
+    // Looks the entry point up (the same rule as a call) without calling it.
+    bool IsAvailable() const {
+        if (slot_ == nullptr && gResolver != nullptr) slot_ = gResolver(name_);
+        return slot_ != nullptr;
     }
 
 private:
