@@ -74,7 +74,7 @@ private:
     bool BindGWorld(REALpicture picture, bool isCopy);
     bool BindHostBitmap(REALpicture picture);
     bool BindCopy(REALpicture copy);
-    void UnlockDescription(REALpicture picture);
+    bool UnlockDescriptionAndFail(REALpicture described);
 };
 
 class PictureReader : public PictureEditor {};

@@ -48,18 +48,22 @@ struct HostOverloads : EntryPoints... {
     using EntryPoints::operator()...;
 };
 
-//                                   signature as the plug-in uses it                                      plug-in-side name                 looked up as
-inline const HostEntryPoint<void(REALclassDefinition*)>                                                 REALRegisterClassExtension{"PluginRegisterClassExtension"};
-inline const HostEntryPoint<void(REALmoduleDefinition*)>                                                REALRegisterModule{"PluginRegisterModule"};
-inline const HostEntryPoint<REALpicture(int32_t width, int32_t height, int32_t depth)>                  REALNewPicture{"newPicture"};
-inline const HostOverloads<HostEntryPoint<void(REALpicture, REALpictureDescription*)>,
-                           HostEntryPoint<bool(REALpicture, REALpictureDescription*, int32_t type)>>    REALLockPictureDescription{{"lockPictureDescription"}, {"REALLockPictureDescription"}};
-inline const HostEntryPoint<void(REALpicture)>                                                          REALUnlockPictureDescription{"unlockPictureDescription"};
-inline const HostEntryPoint<void(REALpicture)>                                                          REALPictureClearCache{"REALPictureClearCache"};
-inline const HostEntryPoint<void(REALobject)>                                                           REALLockObject{"REALLockObject"};
-inline const HostEntryPoint<void(REALobject)>                                                           REALUnlockObject{"REALUnlockObject"};
-inline const HostEntryPoint<REALobject(REALpicture)>                                                    REALGetPictureGraphics{"pluginPictureGraphicsGetter"};
-inline const HostEntryPoint<void*(REALobject, const char* declaration)>                                 REALLoadObjectMethod{"REALLoadObjectMethod"};
-inline const HostEntryPoint<bool(REALobject, const char* property, int32_t* value)>                     REALGetPropValueInt32{"REALGetPropValueInt"};
-inline const HostEntryPoint<REALpicture(REALpicture, uint8_t create)>                                   REALGetPictureMask{"REALGetPictureMask"};
-inline const HostEntryPoint<void*(const char* className)>                                               REALGetClassRef{"pluginObjectType"};
+// The description lock has two forms: the older one fills in whatever the picture
+// is; the newer one asks for a picture type and says whether the host could oblige.
+using LockPictureDescriptionAny = HostEntryPoint<void(REALpicture, REALpictureDescription*)>;
+using LockPictureDescriptionAsType = HostEntryPoint<bool(REALpicture, REALpictureDescription*, int32_t type)>;
+
+// Signature as the plug-in uses it, the plug-in-side name, and {the name the host knows}.
+inline const HostEntryPoint<void(REALclassDefinition*)>                              REALRegisterClassExtension{"PluginRegisterClassExtension"};
+inline const HostEntryPoint<void(REALmoduleDefinition*)>                             REALRegisterModule{"PluginRegisterModule"};
+inline const HostEntryPoint<REALpicture(int32_t width, int32_t height, int32_t depth)> REALNewPicture{"newPicture"};
+inline const HostOverloads<LockPictureDescriptionAny, LockPictureDescriptionAsType>  REALLockPictureDescription{LockPictureDescriptionAny{"lockPictureDescription"}, LockPictureDescriptionAsType{"REALLockPictureDescription"}};
+inline const HostEntryPoint<void(REALpicture)>                                       REALUnlockPictureDescription{"unlockPictureDescription"};
+inline const HostEntryPoint<void(REALpicture)>                                       REALPictureClearCache{"REALPictureClearCache"};
+inline const HostEntryPoint<void(REALobject)>                                        REALLockObject{"REALLockObject"};
+inline const HostEntryPoint<void(REALobject)>                                        REALUnlockObject{"REALUnlockObject"};
+inline const HostEntryPoint<REALobject(REALpicture)>                                 REALGetPictureGraphics{"pluginPictureGraphicsGetter"};
+inline const HostEntryPoint<void*(REALobject, const char* declaration)>              REALLoadObjectMethod{"REALLoadObjectMethod"};
+inline const HostEntryPoint<bool(REALobject, const char* property, int32_t* value)>  REALGetPropValueInt32{"REALGetPropValueInt"};
+inline const HostEntryPoint<REALpicture(REALpicture, uint8_t create)>                REALGetPictureMask{"REALGetPictureMask"};
+inline const HostEntryPoint<void*(const char* className)>                            REALGetClassRef{"pluginObjectType"};

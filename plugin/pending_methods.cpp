@@ -13,6 +13,3 @@ REALpicture HMirrorQLM(REALpicture) { return nullptr; }
 bool MirrorPictureQLM(REALpicture) { return false; }
 bool VMirrorPictureQLM(REALpicture) { return false; }
 bool HMirrorPictureQLM(REALpicture) { return false; }
-REALpicture rbClonePicture(REALpicture) { return nullptr; }
-REALpicture rbClonePicture2(REALpicture, int32_t, int32_t) { return nullptr; }
-REALpicture rbBitmapPicture(REALpicture) { return nullptr; }
