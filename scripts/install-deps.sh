@@ -2,7 +2,10 @@
 # Installs the Debian packages the build and the tests need, only those missing.
 # Usage: scripts/install-deps.sh [extra package...]
 set -euo pipefail
-packages=(cmake g++ make pkg-config libgtest-dev libpng-dev libjpeg-dev "$@")
+# g++-multilib and googletest (sources) for the 32-bit build, clang and its
+# runtime libraries for the libFuzzer target.
+packages=(cmake g++ make pkg-config libgtest-dev libpng-dev libjpeg-dev
+          g++-multilib googletest qemu-user clang libclang-rt-14-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
