@@ -1,0 +1,175 @@
+// The editor against the strict simulated host: every storage kind read and
+// written exactly, the codecs of the specialised loops equal to GetPixel/SetPixel,
+// and every binding given back.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "picture/picture_editor.h"
+#include "picture/pixel_formats.h"
+#include "plugin/startup_state.h"
+#include "simhost/simulated_host.h"
+#include "tests/support/pictures.h"
+
+using simhost::HostKind;
+using simhost::Rgba;
+using simhost::Storage;
+
+namespace {
+
+struct EditorCase {
+    HostKind kind;
+    Storage storage;
+    const char* name;
+};
+
+class EditorTest : public ::testing::TestWithParam<EditorCase> {
+protected:
+    EditorTest() : host_(Config()) {
+        gResolver = simhost::SimulatedHost::Resolver();
+        rbversion_rbversion = *host_.config().version;
+    }
+    static simhost::HostConfig Config() {
+        simhost::HostConfig config;
+        config.kind = GetParam().kind;
+        return config;
+    }
+    REALpicture MakeRandomPicture(int32_t width, int32_t height, uint32_t seed) {
+        REALpicture picture = host_.MakePicture(GetParam().storage, width, height);
+        test_support::FillRandom(host_, picture, seed);
+        return picture;
+    }
+    // What the editor must read: the host's pixel, alpha as the format keeps it.
+    Rgba Expected(REALpicture picture, int32_t x, int32_t y) const { return host_.GetPixel(picture, x, y); }
+    simhost::SimulatedHost host_;
+};
+
+Pixel AsPixel(Rgba p) { return {p.r, p.g, p.b, p.a}; }
+
+TEST_P(EditorTest, ReadsEveryPixelAsTheHostHoldsIt) {
+    REALpicture picture = MakeRandomPicture(7, 5, 1);
+    {
+        PictureReader reader;
+        ASSERT_TRUE(reader.GetPictureEditor(picture, true, false));
+        EXPECT_EQ(reader.width, 7);
+        EXPECT_EQ(reader.height, 5);
+        for (int32_t y = 0; y < 5; ++y)
+            for (int32_t x = 0; x < 7; ++x)
+                ASSERT_EQ(reader.GetPixel(x, y), AsPixel(Expected(picture, x, y))) << x << "," << y;
+    }
+    host_.Release(picture);
+    EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
+}
+
+TEST_P(EditorTest, WritesAsTheFormatStoresAndClearsTheCache) {
+    REALpicture picture = MakeRandomPicture(6, 4, 2);
+    PictureEditor editor;
+    if (!editor.GetPictureEditor(picture, true, true)) {
+        EXPECT_EQ(GetParam().storage, Storage::GWorld16) << "only an unsupported depth refuses to be written";
+        host_.Release(picture);
+        EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
+        return;
+    }
+    std::mt19937 random(3);
+    for (int32_t y = 0; y < 4; ++y)
+        for (int32_t x = 0; x < 6; ++x) {
+            const Pixel written{int32_t(random() % 512), int32_t(random() % 256), int32_t(random() % 256),
+                                int32_t(random() % 256)};
+            editor.SetPixel(x, y, written);
+            const Pixel read = editor.GetPixel(x, y);
+            EXPECT_EQ(read.r, written.r & 0xFF);
+            const int32_t storedAlpha = editor.pixelFormat == PixelFormatRGB24      ? 255
+                                        : editor.pixelFormat == PixelFormatHostBGRA ? (written.a >> 1) * 2 + ((written.a >> 1) & 1)
+                                                                                     : written.a;
+            EXPECT_EQ(read.a, storedAlpha);
+            EXPECT_EQ(AsPixel(host_.GetPixel(picture, x, y)), read);
+        }
+    const int clearsBefore = host_.CacheClears(picture);
+    editor.ReleasePicture();
+    EXPECT_EQ(host_.CacheClears(picture), clearsBefore + 1);
+    host_.Release(picture);
+    EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
+}
+
+TEST_P(EditorTest, CodecsAgreeWithTheReadableDefinition) {
+    REALpicture picture = MakeRandomPicture(9, 3, 4);
+    PictureEditor editor;
+    if (editor.GetPictureEditor(picture, true, true)) {
+        bool checked = DispatchFormatPair(editor.pixelFormat, editor.pixelFormat, [&]<typename Codec, typename>() {
+            std::mt19937 random(5);
+            for (int32_t y = 0; y < 3; ++y)
+                for (int32_t x = 0; x < 9; ++x) {
+                    ASSERT_EQ(Codec::Read(editor.PixelAddress(x, y)), editor.GetPixel(x, y));
+                    const Pixel value{int32_t(random() % 256), int32_t(random() % 256), int32_t(random() % 256),
+                                      int32_t(random() % 256)};
+                    editor.SetPixel(x, y, value);
+                    const std::vector<uint8_t> bySetPixel = host_.RawPixel(picture, x, y);
+                    Codec::Write(editor.PixelAddress(x, y), value);
+                    ASSERT_EQ(host_.RawPixel(picture, x, y), bySetPixel);
+                }
+            EXPECT_EQ(Codec::kBytesPerPixel, editor.bytesPerPixel);
+        });
+        EXPECT_TRUE(checked);
+    }
+    editor.ReleasePicture();
+    host_.Release(picture);
+}
+
+TEST_P(EditorTest, RowsPastTheLastGiveRowZeroAndHostBitmapsUseTheirRowTable) {
+    REALpicture picture = MakeRandomPicture(5, 4, 6);
+    PictureReader reader;
+    ASSERT_TRUE(reader.GetPictureEditor(picture, true, false));
+    EXPECT_EQ(reader.RowAddress(4), reader.RowAddress(0));
+    EXPECT_EQ(reader.RowAddress(1000), reader.RowAddress(0));
+    EXPECT_EQ(reader.cursorRow, 1000);
+    if (reader.pixelFormat == PixelFormatHostBGRA) {
+        EXPECT_EQ(reader.rowBytes, 5 * 4);
+        for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(reader.RowAddress(y), reader.rowTable[y]);
+    }
+    reader.RowAddress(0);
+    for (int32_t y = 1; y < 4; ++y) {
+        reader.NextRow();
+        EXPECT_EQ(reader.currentRow, reader.RowAddress(y));
+        EXPECT_EQ(reader.cursorColumn, 0);
+    }
+}
+
+TEST_P(EditorTest, RenderHandsOverOneReferenceAndKeepsNone) {
+    PictureWriter writer;
+    ASSERT_TRUE(BindNewPicture(writer, 3, 2));
+    REALpicture result = writer.RenderPictureWriter();
+    ASSERT_NE(result, nullptr);
+    EXPECT_EQ(host_.References(result), 1);
+    EXPECT_GE(host_.CacheClears(result), 2);
+    EXPECT_EQ(writer.picture, nullptr);
+    EXPECT_EQ(writer.RenderPictureWriter(), nullptr);
+    EXPECT_EQ(host_.LedgerProblems({result}), std::vector<std::string>{});
+    host_.Release(result);
+}
+
+TEST_P(EditorTest, RebindingReleasesTheFirstPicture) {
+    REALpicture first = MakeRandomPicture(2, 2, 7);
+    REALpicture second = MakeRandomPicture(3, 3, 8);
+    PictureReader reader;
+    ASSERT_TRUE(reader.GetPictureEditor(first, true, false));
+    ASSERT_TRUE(reader.GetPictureEditor(second, true, false));
+    EXPECT_EQ(host_.References(first), 1);
+    EXPECT_FALSE(reader.GetPictureEditor(nullptr, true, false));
+    EXPECT_EQ(reader.picture, nullptr);
+    host_.Release(first);
+    host_.Release(second);
+    EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    StorageKinds, EditorTest,
+    ::testing::Values(EditorCase{HostKind::Desktop, Storage::GWorld32, "Desktop32"},
+                      EditorCase{HostKind::Desktop, Storage::GWorld24, "Desktop24"},
+                      EditorCase{HostKind::Desktop, Storage::GWorld16, "Desktop16"},
+                      EditorCase{HostKind::Console, Storage::HostBitmap, "Console"},
+                      EditorCase{HostKind::Web, Storage::HostBitmap, "Web"},
+                      EditorCase{HostKind::Undecided, Storage::HostBitmap, "UndecidedBitmap"},
+                      EditorCase{HostKind::Undecided, Storage::GWorld32, "UndecidedWorld"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
