@@ -1,0 +1,230 @@
+// Turns the fuzzer's bytes into a FuzzCase. Bytes are read front to back and an
+// exhausted input reads as zeros, so every input decodes, short seeds stay
+// meaningful, and a mutation changes one choice rather than all that follow.
+// Most choices pick from tables of values that are known to be hard (limits,
+// non-finite and huge angles, angles a hair off a quarter or an eighth turn);
+// one choice in each table takes raw bits instead.
+#include "fuzz/fuzz_case.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace pixturn_fuzz {
+namespace {
+
+class ByteReader {
+public:
+    ByteReader(const uint8_t* data, size_t size) : data_(data), size_(size) {}
+    uint8_t Byte() { return position_ < size_ ? data_[position_++] : 0; }
+    uint16_t U16() { return static_cast<uint16_t>(Byte() | Byte() << 8); }
+    uint32_t U32() { return U16() | static_cast<uint32_t>(U16()) << 16; }
+    uint64_t U64() { return U32() | static_cast<uint64_t>(U32()) << 32; }
+    double Double() { return std::bit_cast<double>(U64()); }
+    template <typename T, size_t N>
+    const T& Pick(const std::array<T, N>& table) { return table[Byte() % N]; }
+
+private:
+    const uint8_t* data_;
+    size_t size_;
+    size_t position_ = 0;
+};
+
+// Every name the plug-in may ask the resolver for.
+constexpr std::array<const char*, 16> kEntryPointNames = {
+    "REALGetRBVersion", "RegisterPluginVersion", "PluginRegisterClassExtension",
+    "PluginRegisterModule", "newPicture", "lockPictureDescription",
+    "REALLockPictureDescription", "unlockPictureDescription", "REALPictureClearCache",
+    "REALLockObject", "REALUnlockObject", "pluginPictureGraphicsGetter",
+    "REALLoadObjectMethod", "REALGetPropValueInt", "REALGetPictureMask", "pluginObjectType",
+};
+
+constexpr std::array<const char*, 8> kQuickDrawNames = {
+    "SetGWorld", "GetPortPixMap", "GetPixDepth", "UnlockPixels",
+    "LockPixels", "GetGWorldPixMap", "GetPixBaseAddr", "GetPixRowBytes",
+};
+
+// The bounds of the host-version rules at start-up, each with its neighbour below.
+constexpr std::array<double, 13> kVersions = {
+    2019.0, 2010.028, 2010.029, 2011.03, 2011.04, 2011.99, 2012.0,
+    2012.99, 2013.0, 2013.03, 2013.04, 2999.99, 3000.0,
+};
+
+constexpr std::array<simhost::Storage, 5> kStorages = {
+    simhost::Storage::GWorld32, simhost::Storage::GWorld24, simhost::Storage::GWorld16,
+    simhost::Storage::HostBitmap, simhost::Storage::VectorOnly,
+};
+
+// Receivers stay small (the slow models are slow), but a side may sit at the
+// 32767-pixel limit or just past it.
+constexpr int32_t kSmallSide = 64;
+constexpr std::array<int32_t, 6> kLongSides = {32766, 32767, 32768, 32769, 40000, 65536};
+// Pictures the host is asked for are bounded in area so that a long side costs
+// no more memory than a 512 x 512 picture.
+constexpr int64_t kMaxArea = 512 * 512;
+
+simhost::HostConfig DecodeHost(ByteReader& in) {
+    simhost::HostConfig host;
+    const uint8_t version = in.Byte() % (kVersions.size() + 2);
+    if (version == kVersions.size()) host.version = std::nullopt;
+    else if (version == kVersions.size() + 1) host.version = in.Double();
+    else host.version = kVersions[version];
+    host.kind = static_cast<simhost::HostKind>(in.Byte() % 4);
+
+    for (int faults = in.Byte() % 4; faults > 0; --faults) {
+        const std::string name = in.Pick(kEntryPointNames);
+        const uint8_t from = in.Byte() % 4;
+        if (from == 0) host.missingEntryPoints.insert(name);
+        else host.entryPointsFromLookup[name] = from + 1;
+    }
+    host.newPictureFailsFromCall = in.Byte() % 6;
+
+    const uint8_t failures = in.Byte();
+    if (failures & 0x01) host.failingDescriptionTypes.insert(4);
+    if (failures & 0x02) host.failingDescriptionTypes.insert(8);
+    if (failures & 0x04) host.failingDescriptionTypes.insert(10);
+    host.graphicsUnavailable = failures & 0x08;
+    host.drawPictureUnavailable = failures & 0x10;
+    host.system.frameworksFolderFound = !(failures & 0x20);
+    host.system.applicationServicesInstalled = !(failures & 0x40);
+    host.system.executableLoads = !(failures & 0x80);
+
+    const uint8_t missingQuickDraw = in.Byte();
+    for (size_t i = 0; i < kQuickDrawNames.size(); ++i)
+        if (missingQuickDraw & (1u << i)) host.system.missingFunctions.insert(kQuickDrawNames[i]);
+
+    const uint8_t storage = in.Byte() % (kStorages.size() + 1);
+    if (storage > 0) host.newPictureStorage = kStorages[storage - 1];
+    host.rowPadding = in.Byte() % 16;
+    host.newPictureFill = in.U32();
+    return host;
+}
+
+void CapArea(int32_t& width, int32_t& height) {
+    if (width <= 0 || height <= 0 || int64_t{width} * height <= kMaxArea) return;
+    if (width >= height) height = static_cast<int32_t>(std::max<int64_t>(1, kMaxArea / width));
+    else width = static_cast<int32_t>(std::max<int64_t>(1, kMaxArea / height));
+}
+
+int32_t DecodeSide(ByteReader& in) {
+    const uint8_t side = in.Byte();
+    if (side >= 256 - kLongSides.size()) return kLongSides[side - (256 - kLongSides.size())];
+    return side % (kSmallSide + 1);
+}
+
+PictureSpec DecodePicture(ByteReader& in, simhost::Storage storage, int32_t width, int32_t height) {
+    PictureSpec picture{storage, width, height, {}, 0};
+    if (in.Byte() & 1) {
+        picture.pixels.resize(static_cast<size_t>(width) * height);
+        for (simhost::Rgba& pixel : picture.pixels) pixel = {in.Byte(), in.Byte(), in.Byte(), in.Byte()};
+    } else {
+        picture.seed = in.U32();
+    }
+    return picture;
+}
+
+// A turn by a multiple of 90 degrees moved by at most about 1e-12: the angles
+// where rounding decides between the quarter-turn functions and the shears.
+double NearQuarter(ByteReader& in, double quarters) {
+    constexpr std::array<double, 6> kNudges = {
+        0.0, 1e-12, 1e-14, 1e-18, 1e-300, std::numeric_limits<double>::denorm_min() * 128,
+    };
+    const double nudge = static_cast<int8_t>(in.Byte()) / 128.0 * in.Pick(kNudges);
+    double angle = quarters * 90.0 + nudge;
+    // A few steps of one unit in the last place, either way.
+    const uint8_t steps = in.Byte();
+    for (int i = 0; i < (steps & 3); ++i)
+        angle = std::nextafter(angle, (steps & 4) ? -INFINITY : INFINITY);
+    return angle;
+}
+
+double DecodeAngle(ByteReader& in, bool keepPassesThin) {
+    constexpr std::array<double, 9> kHuge = {
+        std::numeric_limits<double>::max(), 1e300, 1e100, 1e18, 9007199254740992.0,
+        9007199254740993.0, 4503599627370495.5, 1e16, 1e12 + 0.5,
+    };
+    const uint8_t kind = in.Byte() % 12;
+    const int8_t quarter = static_cast<int8_t>(in.Byte());
+    switch (kind) {
+    case 1: return std::numeric_limits<double>::quiet_NaN();
+    case 2: return INFINITY;
+    case 3: return -INFINITY;
+    case 4: return -0.0;
+    case 5: {  // subnormal, either sign
+        const uint64_t fraction = in.U64() & ((uint64_t{1} << 52) - 1);
+        return std::bit_cast<double>((fraction | 1) | (quarter < 0 ? uint64_t{1} << 63 : 0));
+    }
+    }
+    // A wide receiver turned by much more than a hair would need pass pictures
+    // of gigabytes; keep its turns next to a quarter.
+    if (keepPassesThin) return NearQuarter(in, quarter % 9);
+    switch (kind) {
+    case 0: return in.Double();
+    case 6: return (quarter < 0 ? -1 : 1) * in.Pick(kHuge);
+    case 7: return NearQuarter(in, quarter % 17);
+    case 8: return NearQuarter(in, (quarter % 17) + 0.5);  // odd multiples of 45
+    case 9: return static_cast<int16_t>(in.U16()) / 64.0;
+    case 10: return static_cast<int16_t>(in.U16());
+    default: return quarter * 90.0;
+    }
+}
+
+int32_t DecodeSizeArgument(ByteReader& in) {
+    constexpr std::array<int32_t, 7> kLimits = {
+        0, 1, -1, 32767, 32768, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(),
+    };
+    const uint8_t kind = in.Byte() % 10;
+    if (kind < kLimits.size()) return kLimits[kind];
+    if (kind == 7) return -static_cast<int32_t>(in.U16());
+    return in.Byte() % (kSmallSide + 16);
+}
+
+}  // namespace
+
+FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
+    ByteReader in(data, size);
+    FuzzCase fuzzCase;
+    fuzzCase.host = DecodeHost(in);
+
+    const uint8_t receiver = in.Byte() % (kStorages.size() + 1);
+    int32_t width = DecodeSide(in);
+    int32_t height = DecodeSide(in);
+    CapArea(width, height);
+    if (receiver < kStorages.size()) fuzzCase.receiver = DecodePicture(in, kStorages[receiver], width, height);
+
+    const uint8_t mask = in.Byte();
+    if (mask % 3 != 0) {
+        int32_t maskWidth = width;
+        int32_t maskHeight = height;
+        if (mask % 3 == 2) {
+            maskWidth = in.Byte() % (kSmallSide + 1);
+            maskHeight = in.Byte() % (kSmallSide + 1);
+        }
+        fuzzCase.mask = DecodePicture(in, kStorages[(mask / 3) % kStorages.size()], maskWidth, maskHeight);
+    }
+
+    fuzzCase.method = static_cast<Method>(in.Byte() % kMethodCount);
+    const bool turnsByShears = fuzzCase.method == Method::Rotate || fuzzCase.method == Method::RotateImageAndMask;
+    const bool wide = std::max(width, height) > kSmallSide ||
+                      (fuzzCase.mask && std::max(fuzzCase.mask->width, fuzzCase.mask->height) > kSmallSide);
+    fuzzCase.angle = DecodeAngle(in, turnsByShears && wide);
+    fuzzCase.background = in.U32();
+    fuzzCase.cut = static_cast<signed char>(in.Byte());
+    fuzzCase.width = DecodeSizeArgument(in);
+    fuzzCase.height = DecodeSizeArgument(in);
+    CapArea(fuzzCase.width, fuzzCase.height);
+    return fuzzCase;
+}
+
+bool HasFullEntryPoints(const simhost::HostConfig& host) {
+    return host.missingEntryPoints.empty() && host.entryPointsFromLookup.empty() &&
+           host.newPictureFailsFromCall == 0 && host.failingDescriptionTypes.empty() &&
+           !host.graphicsUnavailable && !host.drawPictureUnavailable &&
+           host.system.frameworksFolderFound && host.system.applicationServicesInstalled &&
+           host.system.executableLoads && host.system.missingFunctions.empty();
+}
+
+}  // namespace pixturn_fuzz

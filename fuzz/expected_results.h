@@ -1,0 +1,36 @@
+// What a call should have given, from the slow models of the tests, and the
+// comparison of a call's outcome with it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "fuzz/fuzz_case.h"
+#include "simhost/simulated_host.h"
+#include "tests/support/pictures.h"
+
+namespace pixturn_fuzz {
+
+// A picture's pixels and its mask's, as the host sees them; nil gives nothing.
+struct Snapshot {
+    std::optional<test_support::Image> picture;
+    std::optional<test_support::Image> mask;
+    friend bool operator==(const Snapshot&, const Snapshot&) = default;
+};
+Snapshot TakeSnapshot(const simhost::SimulatedHost& host, REALpicture picture);
+
+struct Outcome {
+    REALpicture picture = nullptr;  // picture methods
+    bool flag = false;              // the three in-place mirrors
+    int64_t bytes = 0;              // the memory estimate
+};
+
+bool IsInPlace(Method method);
+
+// Empty when the call failed or gave exactly what the slow models give for the
+// receiver as it was before the call; otherwise what differs.
+std::string CompareWithModels(simhost::SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
+                              REALpicture receiver, const Outcome& outcome);
+
+}  // namespace pixturn_fuzz

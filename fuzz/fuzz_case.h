@@ -1,0 +1,52 @@
+// One fuzz input decoded into what it asks for: a simulated host (version, kind,
+// missing or late entry points, failing calls, what of ApplicationServices
+// exists), a receiver picture with an optional mask, and one of the fifteen
+// methods with its arguments. decode_fuzz_case.cpp defines the byte layout;
+// write_seeds.py writes the committed seeds in it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "simhost/simulated_host.h"
+
+namespace pixturn_fuzz {
+
+// The fifteen methods in the order of the plug-in's method table.
+enum class Method {
+    Rotate, RotateImageAndMask, Rotate90, Rotate180, Rotate270, RotateMemory,
+    Mirror, VMirror, HMirror, MirrorInPlace, VMirrorInPlace, HMirrorInPlace,
+    Clone, CloneToSize, Bitmap,
+};
+inline constexpr int kMethodCount = 15;
+
+struct PictureSpec {
+    simhost::Storage storage = simhost::Storage::GWorld32;
+    int32_t width = 0;
+    int32_t height = 0;
+    // Pixels R, G, B, A row by row; empty when they come from FillRandom.
+    std::vector<simhost::Rgba> pixels;
+    uint32_t seed = 0;
+};
+
+struct FuzzCase {
+    simhost::HostConfig host;
+    std::optional<PictureSpec> receiver;  // nullopt: the receiver is nil
+    std::optional<PictureSpec> mask;
+    Method method = Method::Rotate;
+    double angle = 0.0;
+    uint32_t background = 0;
+    signed char cut = 0;
+    int32_t width = 0;   // arguments of "CloneQLM(width, height)"
+    int32_t height = 0;
+};
+
+FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size);
+
+// The host lacks nothing and fails nothing: a method that succeeds there must
+// give exactly what the slow models give.
+bool HasFullEntryPoints(const simhost::HostConfig& host);
+
+}  // namespace pixturn_fuzz
