@@ -1,0 +1,32 @@
+// pixturn_bench: times the shipped plug-in's methods on desktop and console hosts
+// against peer libraries and memory floors, then prints the comparison. Takes
+// Google Benchmark's flags (--benchmark_filter, --benchmark_out=FILE...).
+#include <benchmark/benchmark.h>
+
+#include <iostream>
+
+#include "bench/heap_counter.h"
+#include "bench/peer_jobs.h"
+#include "bench/pixturn_jobs.h"
+#include "bench/results_table.h"
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    heap_counter::KeepFreedMemory();
+
+    // Registration order is running order: all of one host's jobs, then the
+    // other's, so each host is built once.
+    bench::RegisterPluginJobs(bench::kDesktop);
+    bench::RegisterPluginJobs(bench::kConsole);
+    bench::RegisterImageMagickJobs();
+    bench::RegisterLeptonicaJobs();
+    bench::RegisterOpenCvJobs();
+    bench::RegisterMemoryFloorJobs();
+
+    bench::ResultsCollector collector;
+    benchmark::RunSpecifiedBenchmarks(&collector);
+    benchmark::Shutdown();
+    bench::PrintResults(std::cout, collector.results());
+    return 0;
+}

@@ -1,0 +1,186 @@
+// Every picture a method returns is released at once, inside the timing, as a
+// program that drops it would; the in-place mirrors turn the card back and forth.
+#include "bench/pixturn_jobs.h"
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "bench/job.h"
+#include "bench/rotation_geometry.h"
+#include "bench/tasks.h"
+#include "bench/test_card.h"
+
+namespace bench {
+
+namespace {
+
+constexpr uint32_t kWhite = 0xFFFFFFFF;
+constexpr PictureSize kCard{test_card::kWidth, test_card::kHeight};
+constexpr PictureSize kCardTurned{test_card::kHeight, test_card::kWidth};
+
+// The method looked up in the session that enter() made current.
+struct BoundMethod {
+    PluginSession* session = nullptr;
+    REALproc function = nullptr;
+};
+
+using MethodCall = std::function<bool(PluginSession&, REALproc)>;
+using Allowance = std::function<int64_t(PluginSession&)>;
+
+enum class Receiver { Card, MaskedCard };
+
+REALpicture ReceiverIn(PluginSession& session, Receiver receiver) {
+    return receiver == Receiver::MaskedCard ? session.maskedCard() : session.card();
+}
+
+template <typename... Arguments>
+MethodCall NewPicture(Receiver receiver, Arguments... arguments) {
+    return [=](PluginSession& session, REALproc function) {
+        const auto method = reinterpret_cast<REALpicture (*)(REALpicture, Arguments...)>(function);
+        REALpicture result = method(ReceiverIn(session, receiver), arguments...);
+        if (result == nullptr) return false;
+        session.host().Release(result);
+        return true;
+    };
+}
+
+MethodCall InPlace() {
+    return [](PluginSession& session, REALproc function) {
+        return reinterpret_cast<bool (*)(REALpicture)>(function)(session.card());
+    };
+}
+
+MethodCall Estimate(double angle) {
+    return [angle](PluginSession& session, REALproc function) {
+        return reinterpret_cast<int64_t (*)(REALpicture, double)>(function)(session.card(), angle) != 0;
+    };
+}
+
+// "BitmapQLM" hands back the receiver itself when it already is a 32-bit pixel
+// map; then it may claim no picture.
+MethodCall Bitmap(std::shared_ptr<bool> returnedReceiver) {
+    return [returnedReceiver](PluginSession& session, REALproc function) {
+        REALpicture result = reinterpret_cast<REALpicture (*)(REALpicture)>(function)(session.card());
+        if (result == nullptr) return false;
+        *returnedReceiver = result == session.card();
+        session.host().Release(result);
+        return true;
+    };
+}
+
+// The most heap any of these moments holds in host pictures, plus one row of the
+// widest picture: the one buffer a method may keep besides its pictures.
+int64_t AtMostOneMomentAndARow(PluginSession& session, const std::vector<std::vector<PictureSize>>& moments) {
+    int64_t most = 0;
+    int32_t widest = test_card::kWidth;
+    for (const std::vector<PictureSize>& alive : moments) {
+        int64_t bytes = 0;
+        for (const PictureSize& picture : alive) {
+            bytes += session.HostPictureBytes(picture);
+            widest = std::max(widest, picture.width);
+        }
+        most = std::max(most, bytes);
+    }
+    return most + int64_t{widest} * 4;
+}
+
+Allowance Pictures(std::vector<std::vector<PictureSize>> moments) {
+    return [moments = std::move(moments)](PluginSession& session) { return AtMostOneMomentAndARow(session, moments); };
+}
+
+Allowance RotationAllowance(double angle) {
+    const RotationPictures rotation = PicturesOfRotation(test_card::kWidth, test_card::kHeight, angle);
+    return Pictures({rotation.AliveInPass2(), rotation.AliveInPass3()});
+}
+
+// The turned picture R stays alive while the mask is turned the same way and
+// drawn into R's new mask; with cut, a picture of the card's size (and later its
+// mask) lives beside R.
+Allowance RotationWithMaskAllowance(double angle, bool cut) {
+    const RotationPictures turn = PicturesOfRotation(test_card::kWidth, test_card::kHeight, angle);
+    const PictureSize resultMask = cut ? kCard : turn.result;
+    std::vector<PictureSize> kept{turn.result};
+    if (cut) kept.push_back(kCard);
+    std::vector<std::vector<PictureSize>> moments{turn.AliveInPass2(), turn.AliveInPass3()};
+    for (std::vector<PictureSize> moment :
+         {std::vector<PictureSize>{turn.pass1, turn.pass2}, std::vector<PictureSize>{turn.pass2, turn.result},
+          std::vector<PictureSize>{turn.result, resultMask}}) {
+        moment.insert(moment.end(), kept.begin(), kept.end());
+        moments.push_back(std::move(moment));
+    }
+    return Pictures(std::move(moments));
+}
+
+void RegisterMethod(const HostUnderTest& host, const std::string& task, const char* name,
+                    MethodCall call, Allowance allowance, PluginSession::Form form = PluginSession::Form::Any) {
+    auto bound = std::make_shared<BoundMethod>();
+    Job job;
+    job.task = task;
+    job.implementation = host.label;
+    job.enter = [host, bound, name, form] {
+        bound->session = &PluginSession::Enter(host);
+        bound->function = bound->session->Method(name, form);
+        bound->session->maskedCard();  // painted now, not inside a timing
+    };
+    job.run = [bound, call = std::move(call)] {
+        return bound->function != nullptr && call(*bound->session, bound->function);
+    };
+    job.allowedBytes = [bound, allowance = std::move(allowance)] { return allowance(*bound->session); };
+    Register(std::move(job));
+}
+
+void RegisterHostCopy(const HostUnderTest& host) {
+    Job job;
+    job.task = kClone;
+    job.implementation = HostCopyImplementation(host.label);
+    job.enter = [host] { PluginSession::Enter(host); };
+    job.run = [host] {
+        PluginSession& session = PluginSession::Enter(host);
+        REALpicture copy = session.HostCopyOfCard();
+        if (copy == nullptr) return false;
+        session.host().Release(copy);
+        return true;
+    };
+    Register(std::move(job));
+}
+
+}  // namespace
+
+void RegisterPluginJobs(const HostUnderTest& host) {
+    for (double angle : kRotationAngles)
+        RegisterMethod(host, RotateTask(angle), "RotateQLM", NewPicture(Receiver::Card, angle, kWhite),
+                       RotationAllowance(angle));
+    RegisterMethod(host, kRotateWithMask, "RotateImageAndMaskQLM",
+                   NewPicture(Receiver::MaskedCard, 30.0, static_cast<signed char>(0)),
+                   RotationWithMaskAllowance(30, false));
+    RegisterMethod(host, kRotateWithMaskCut, "RotateImageAndMaskQLM",
+                   NewPicture(Receiver::MaskedCard, 30.0, static_cast<signed char>(1)),
+                   RotationWithMaskAllowance(30, true));
+
+    const Allowance oneCard = Pictures({{kCard}});
+    const Allowance oneTurnedCard = Pictures({{kCardTurned}});
+    const Allowance oneRow = Pictures({});
+    RegisterMethod(host, kRotate90, "Rotate90QLM", NewPicture(Receiver::Card), oneTurnedCard);
+    RegisterMethod(host, kRotate180, "Rotate180QLM", NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kRotate270, "Rotate270QLM", NewPicture(Receiver::Card), oneTurnedCard);
+    RegisterMethod(host, kRotateMemory, "RotateMemoryQLM", Estimate(30), oneRow);
+    RegisterMethod(host, kMirror, "MirrorQLM", NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kHMirror, "HMirrorQLM", NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kVMirror, "VMirrorQLM", NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kMirrorInPlace, "MirrorPictureQLM", InPlace(), oneRow);
+    RegisterMethod(host, kHMirrorInPlace, "HMirrorPictureQLM", InPlace(), oneRow);
+    RegisterMethod(host, kVMirrorInPlace, "VMirrorPictureQLM", InPlace(), oneRow);
+    RegisterMethod(host, kClone, "CloneQLM", NewPicture(Receiver::Card), oneCard, PluginSession::Form::Unsized);
+    RegisterMethod(host, kCloneToSize, "CloneQLM", NewPicture(Receiver::Card, test_card::kWidth, test_card::kHeight),
+                   oneCard, PluginSession::Form::Sized);
+    auto returnedReceiver = std::make_shared<bool>(false);
+    RegisterMethod(host, kBitmap, "BitmapQLM", Bitmap(returnedReceiver),
+                   [returnedReceiver, oneCard, oneRow](PluginSession& session) {
+                       return *returnedReceiver ? oneRow(session) : oneCard(session);
+                   });
+    RegisterHostCopy(host);
+}
+
+}  // namespace bench
