@@ -1,0 +1,17 @@
+// The Picture class extension as the plug-in hands it to the host: the class
+// record and its fifteen methods. Both are process-wide and mutable on purpose:
+// start-up adapts them in place to the host it runs in, and the host keeps
+// pointers to them for the life of the process.
+#pragma once
+
+#include "platform/xojo/rb_plugin.h"
+
+constexpr int32_t kPictureMethodCount = 15;
+
+extern REALmethodDefinition pictureMethods[kPictureMethodCount];
+extern REALclassDefinition pictureClass;
+
+// Hosts before 2011.04 parse colour literals of six hex digits only; they get
+// this declaration in place of entry 0's.
+inline constexpr const char kRotateDeclarationSixDigitColour[] =
+    "RotateQLM(angle as double, background as color = &cFFFFFF) as picture";
