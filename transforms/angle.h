@@ -1,0 +1,21 @@
+// Angle normalisation and the integer conversions the rotations share. The
+// rotation and its memory estimate must agree on every size to the pixel, so both
+// take these from here.
+#pragma once
+
+#include <cstdint>
+
+// The angle in [0, 360]: what repeatedly adding -360 while >= 360, then 360 while
+// < 0, gives, computed as an exact remainder so that huge angles end at once.
+// A tiny negative angle rounds up to exactly 360.0. NaN stays NaN and an
+// infinity becomes NaN; callers refuse both.
+double NormaliseAngle(double angle);
+
+// Truncation toward zero into 32 bits as the x86 conversion does it: NaN and
+// values outside the int32 range give INT32_MIN, which every size check refuses.
+int32_t TruncToInt32(double value);
+
+// 32-bit sum that wraps instead of overflowing, as the host's integers do.
+inline int32_t WrappingAdd(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
