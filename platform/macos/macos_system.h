@@ -19,13 +19,17 @@ struct Configuration {
     std::set<std::string> missingFunctions;  // QuickDraw names the framework lacks
 };
 
-// Sets the configuration and clears every counter. Worlds stay valid.
+// Sets the configuration and clears every counter of events. Worlds and
+// CoreFoundation objects stay valid, and so does their census.
 void Configure(const Configuration& configuration);
 
 struct Counters {
     int frameworkLoads = 0;               // CFBundleCreate calls that found the framework
     int functionLookups = 0;              // CFBundleGetFunctionPointerForName calls
-    int cfObjectsAlive = 0;               // URLs and bundles not yet released
+    int cfObjectsAlive = 0;               // URLs and bundles not yet released (a census)
+    int cfURLsAlive = 0;                  // the URLs among them (a census)
+    int deadCFObjectCalls = 0;            // a call on a CoreFoundation object not alive
+    int unexpectedFolderRequests = 0;     // FSFindFolder for anything but the frameworks folder
     int setGWorldNullCalls = 0;           // SetGWorld(0, 0)
     int setGWorldOtherCalls = 0;          // any other SetGWorld: never expected
     int quickDrawCallsOnDeadWorlds = 0;   // a pixel map or world that no longer exists

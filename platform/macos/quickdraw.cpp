@@ -1,0 +1,168 @@
+// The QuickDraw stand-ins: offscreen worlds as the simulated host makes them for
+// its pictures, and the eight functions the framework bundle hands out by name.
+//
+// Worlds and pixel maps are opaque tokens that are never reused, so a call on a
+// disposed world is recognised and counted instead of reading freed memory.
+// The functions have internal linkage: the plug-in can only reach them through
+// CFBundleGetFunctionPointerForName, never link them by accident.
+#include <map>
+#include <memory>
+
+#include "QuickDraw.h"
+#include "system_state.h"
+
+namespace {
+
+using macos_system::internal::MutableCounters;
+
+struct World {
+    int32_t width;
+    int32_t height;
+    int16_t depth;
+    int32_t rowBytes;
+    std::unique_ptr<uint8_t[]> pixels;  // exactly rowBytes * height bytes
+    int pixelLocks = 0;
+};
+
+// A world's token; its pixel map's token is the next word.
+constexpr uintptr_t kPixMapOffset = 8;
+
+std::map<uintptr_t, World>& Worlds() {
+    static std::map<uintptr_t, World> worlds;
+    return worlds;
+}
+
+World* FindWorld(const void* world) {
+    auto it = Worlds().find(reinterpret_cast<uintptr_t>(world));
+    return it == Worlds().end() ? nullptr : &it->second;
+}
+
+// The world of a pixel map, or null (counted) when there is none.
+World* WorldOfPixMap(PixMapHandle pixMap) {
+    const uintptr_t token = reinterpret_cast<uintptr_t>(pixMap);
+    World* world = token % 16 == kPixMapOffset ? FindWorld(reinterpret_cast<void*>(token - kPixMapOffset)) : nullptr;
+    if (world == nullptr) ++MutableCounters().quickDrawCallsOnDeadWorlds;
+    return world;
+}
+
+PixMapHandle PixMapOf(CGrafPtr world) {
+    if (FindWorld(world) == nullptr) {
+        ++MutableCounters().quickDrawCallsOnDeadWorlds;
+        return nullptr;
+    }
+    return reinterpret_cast<PixMapHandle>(reinterpret_cast<uintptr_t>(world) + kPixMapOffset);
+}
+
+int32_t BytesPerPixel(int16_t depth) {
+    switch (depth) {
+        case 16: return 2;
+        case 24: return 3;
+        case 32: return 4;
+        default: return 0;
+    }
+}
+
+}  // namespace
+
+extern "C" {
+
+static void SetGWorld(CGrafPtr port, GDHandle device) {
+    if (port == nullptr && device == nullptr)
+        ++MutableCounters().setGWorldNullCalls;
+    else
+        ++MutableCounters().setGWorldOtherCalls;
+}
+
+static PixMapHandle GetPortPixMap(CGrafPtr port) { return PixMapOf(port); }
+
+static PixMapHandle GetGWorldPixMap(GWorldPtr world) { return PixMapOf(world); }
+
+static int16_t GetPixDepth(PixMapHandle pixMap) {
+    const World* world = WorldOfPixMap(pixMap);
+    return world == nullptr ? 0 : world->depth;
+}
+
+static Boolean LockPixels(PixMapHandle pixMap) {
+    World* world = WorldOfPixMap(pixMap);
+    if (world == nullptr) return false;
+    ++world->pixelLocks;
+    return true;
+}
+
+static void UnlockPixels(PixMapHandle pixMap) {
+    World* world = WorldOfPixMap(pixMap);
+    if (world == nullptr) return;
+    if (world->pixelLocks == 0)
+        ++MutableCounters().unbalancedUnlockPixels;
+    else
+        --world->pixelLocks;
+}
+
+static Ptr GetPixBaseAddr(PixMapHandle pixMap) {
+    World* world = WorldOfPixMap(pixMap);
+    return world == nullptr ? nullptr : reinterpret_cast<Ptr>(world->pixels.get());
+}
+
+static int32_t GetPixRowBytes(PixMapHandle pixMap) {
+    const World* world = WorldOfPixMap(pixMap);
+    return world == nullptr ? 0 : world->rowBytes;
+}
+
+}  // extern "C"
+
+namespace macos_system {
+
+namespace internal {
+
+void* QuickDrawFunctionNamed(const std::string& name) {
+    static const std::map<std::string, void*> functions = {
+        {"SetGWorld", reinterpret_cast<void*>(static_cast<SetGWorldProc>(SetGWorld))},
+        {"GetPortPixMap", reinterpret_cast<void*>(static_cast<GetPortPixMapProc>(GetPortPixMap))},
+        {"GetGWorldPixMap", reinterpret_cast<void*>(static_cast<GetGWorldPixMapProc>(GetGWorldPixMap))},
+        {"GetPixDepth", reinterpret_cast<void*>(static_cast<GetPixDepthProc>(GetPixDepth))},
+        {"LockPixels", reinterpret_cast<void*>(static_cast<LockPixelsProc>(LockPixels))},
+        {"UnlockPixels", reinterpret_cast<void*>(static_cast<UnlockPixelsProc>(UnlockPixels))},
+        {"GetPixBaseAddr", reinterpret_cast<void*>(static_cast<GetPixBaseAddrProc>(GetPixBaseAddr))},
+        {"GetPixRowBytes", reinterpret_cast<void*>(static_cast<GetPixRowBytesProc>(GetPixRowBytes))},
+    };
+    auto it = functions.find(name);
+    return it == functions.end() ? nullptr : it->second;
+}
+
+}  // namespace internal
+
+GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowBytes) {
+    const int32_t bytesPerPixel = BytesPerPixel(depth);
+    if (bytesPerPixel == 0 || width < 0 || height < 0 || rowBytes < int64_t{width} * bytesPerPixel) return nullptr;
+    static uintptr_t serial = 0;
+    const uintptr_t token = 0x10000000u + ++serial * 16u;
+    const size_t size = static_cast<size_t>(rowBytes) * static_cast<size_t>(height);
+    Worlds().emplace(token, World{width, height, depth, rowBytes, std::make_unique<uint8_t[]>(size)});
+    return reinterpret_cast<GWorldPtr>(token);
+}
+
+void DisposeWorld(GWorldPtr world) {
+    if (Worlds().erase(reinterpret_cast<uintptr_t>(world)) == 0) ++internal::MutableCounters().quickDrawCallsOnDeadWorlds;
+}
+
+uint8_t* WorldPixels(GWorldPtr world) {
+    World* found = FindWorld(world);
+    return found == nullptr ? nullptr : found->pixels.get();
+}
+
+int32_t WorldRowBytes(GWorldPtr world) {
+    const World* found = FindWorld(world);
+    return found == nullptr ? 0 : found->rowBytes;
+}
+
+int16_t WorldDepth(GWorldPtr world) {
+    const World* found = FindWorld(world);
+    return found == nullptr ? 0 : found->depth;
+}
+
+int WorldPixelLocks(GWorldPtr world) {
+    const World* found = FindWorld(world);
+    return found == nullptr ? 0 : found->pixelLocks;
+}
+
+}  // namespace macos_system
