@@ -15,7 +15,11 @@ double NormaliseAngle(double angle);
 // values outside the int32 range give INT32_MIN, which every size check refuses.
 int32_t TruncToInt32(double value);
 
-// 32-bit sum that wraps instead of overflowing, as the host's integers do.
+// 32-bit sums and differences of sizes that wrap instead of overflowing, as the
+// 32-bit host's integers do.
 inline int32_t WrappingAdd(int32_t a, int32_t b) {
-  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t WrappingSubtract(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
 }
