@@ -1,0 +1,114 @@
+// The simulated host's face to tests and tools: pictures made, read and written
+// the way a Xojo program would, and the ledger.
+#include "simhost/simulated_host.h"
+
+#include <cstdlib>
+
+#include "simhost/host_state.h"
+
+namespace simhost {
+
+using internal::HostState;
+
+SimulatedHost::SimulatedHost(HostConfig config) : state_(std::make_unique<HostState>(std::move(config), this)) {}
+
+SimulatedHost::~SimulatedHost() = default;
+
+const HostConfig& SimulatedHost::config() const { return state_->config; }
+
+SimulatedHost& SimulatedHost::Current() {
+    return *HostState::Active()->owner;
+}
+
+const Registration& SimulatedHost::registration() const { return state_->registration; }
+
+int SimulatedHost::Lookups(const std::string& name) const {
+    auto it = state_->lookups.find(name);
+    return it == state_->lookups.end() ? 0 : it->second;
+}
+
+int SimulatedHost::Calls(const std::string& name) const {
+    auto it = state_->calls.find(name);
+    return it == state_->calls.end() ? 0 : it->second;
+}
+
+REALpicture SimulatedHost::MakePicture(Storage storage, int32_t width, int32_t height) {
+    const uintptr_t token = state_->NewPicture(storage, width, height);
+    state_->MarkProgramReference(token);
+    return HostState::PictureHandle(token);
+}
+
+void SimulatedHost::Release(REALobject object) {
+    if (state_->Find(object, "the program's release") != nullptr) state_->ReleaseByProgram(HostState::TokenOf(object));
+}
+
+void SimulatedHost::SetPixel(REALpicture picture, int32_t x, int32_t y, Rgba pixel) {
+    if (internal::PictureStore* store = state_->PixelsOf(picture, "SetPixel"); store && store->Contains(x, y))
+        store->Write(x, y, pixel);
+}
+
+Rgba SimulatedHost::GetPixel(REALpicture picture, int32_t x, int32_t y) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    if (object == nullptr || !object->store || !object->store->Contains(x, y)) return {};
+    return object->store->Read(x, y);
+}
+
+std::vector<uint8_t> SimulatedHost::RawPixel(REALpicture picture, int32_t x, int32_t y) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    if (object == nullptr || !object->store || !object->store->Contains(x, y)) return {};
+    return object->store->RawBytes(x, y);
+}
+
+void SimulatedHost::SetRawPixel(REALpicture picture, int32_t x, int32_t y, const std::vector<uint8_t>& bytes) {
+    if (internal::PictureStore* store = state_->PixelsOf(picture, "SetRawPixel"); store && store->Contains(x, y))
+        store->SetRawBytes(x, y, bytes);
+}
+
+Storage SimulatedHost::StorageOf(REALpicture picture) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    return object != nullptr && object->store ? object->store->storage() : Storage::VectorOnly;
+}
+
+int32_t SimulatedHost::Width(REALpicture picture) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    return object != nullptr && object->store ? object->store->width() : 0;
+}
+
+int32_t SimulatedHost::Height(REALpicture picture) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    return object != nullptr && object->store ? object->store->height() : 0;
+}
+
+int SimulatedHost::References(REALobject object) const {
+    const internal::HostObject* found = state_->Peek(object);
+    return found != nullptr ? found->references : 0;
+}
+
+bool SimulatedHost::IsAlive(REALobject object) const { return state_->Peek(object) != nullptr; }
+
+REALpicture SimulatedHost::MaskOf(REALpicture picture) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    return object != nullptr && object->mask != 0 ? HostState::PictureHandle(object->mask) : nullptr;
+}
+
+void SimulatedHost::SetMask(REALpicture picture, REALpicture mask) { state_->SetMask(picture, mask); }
+
+int SimulatedHost::CacheClears(REALpicture picture) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    return object != nullptr ? object->cacheClears : 0;
+}
+
+void SimulatedHost::MalformRecord(REALpicture picture, RecordDefect defect) {
+    if (internal::PictureStore* store = state_->PixelsOf(picture, "MalformRecord")) store->Malform(defect);
+}
+
+std::vector<std::string> SimulatedHost::LedgerProblems(const std::vector<REALpicture>& returned) const {
+    return state_->LedgerProblems(returned);
+}
+
+std::string DefaultPluginPath() {
+    if (const char* path = std::getenv("PIXTURN_PLUGIN")) return path;
+    return PIXTURN_PLUGIN_PATH;
+}
+
+}  // namespace simhost

@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,10 @@
 #include "platform/xojo/rb_plugin.h"
 
 namespace simhost {
+
+namespace internal {
+class HostState;
+}
 
 // Which of the classes "Application", "ConsoleApplication", "WebApplication" the
 // host answers for (none: the first picture's type decides).
@@ -108,8 +113,11 @@ public:
     void Release(REALobject object);   // drops one reference, like REALUnlockObject
     void SetPixel(REALpicture picture, int32_t x, int32_t y, Rgba pixel);
     Rgba GetPixel(REALpicture picture, int32_t x, int32_t y) const;
-    // The stored bytes of one pixel (3 for GWorld24, 2 for GWorld16, else 4).
+    // The stored bytes of one pixel (3 for GWorld24, 2 for GWorld16, else 4);
+    // SetRawPixel writes them as they are (for bits SetPixel cannot set, such as
+    // the top bit of a host bitmap's alpha byte). Not for VectorOnly pictures.
     std::vector<uint8_t> RawPixel(REALpicture picture, int32_t x, int32_t y) const;
+    void SetRawPixel(REALpicture picture, int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
     Storage StorageOf(REALpicture picture) const;
     int32_t Width(REALpicture picture) const;
     int32_t Height(REALpicture picture) const;
@@ -121,48 +129,55 @@ public:
     void SetMask(REALpicture picture, REALpicture mask);
     // Number of REALPictureClearCache calls made on a picture.
     int CacheClears(REALpicture picture) const;
+    // Spoils one word of a host bitmap record, as a damaged or foreign record
+    // would look to a plug-in.
+    enum class RecordDefect { FirstWordNotZero, ValidityWordZero, NoRowTable };
+    void MalformRecord(REALpicture picture, RecordDefect defect);
 
     // Everything taken during the test has been given back: every object the
     // plug-in made is gone, except each of `returned`, which holds exactly one
     // reference (the caller's) plus any its mask needs; test-made objects hold
     // the references the test gave them; no description or pixel lock is held;
-    // no call was made that the host forbids; no row canary was overwritten.
+    // no call was made that the host forbids (on a dead or nil object, an
+    // unlock of a description not locked, a picture of another depth or of a
+    // size the host refuses, a scaled draw); the simulated system saw no
+    // leaked URL, no unbalanced pixel unlock, no call on a dead world.
     // Returns the problems found, empty when balanced.
     std::vector<std::string> LedgerProblems(const std::vector<REALpicture>& returned = {}) const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
-    friend struct HostEntryPoints;
+    std::unique_ptr<internal::HostState> state_;
 };
 
 // Loads the plug-in library as the host does: a fresh instance of the shared
 // library (its process-wide caches start empty), REALPluginMain called with the
 // simulated host's resolver, and the method table taken from what it registered.
+// Like a host, it never unloads a plug-in: the records handed over at start-up
+// must stay valid to the end of the process.
 class PluginLibrary {
 public:
     PluginLibrary(SimulatedHost& host, const std::string& libraryPath);
-    ~PluginLibrary();
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-    // The registered function of the method whose declaration starts with name
-    // (the text before "(" or " "); null when none was registered.
-    REALproc Find(const std::string& name) const;
+    // The registered function of the method called name (the declaration's text
+    // before "(" or " ") that takes argumentCount arguments besides the picture
+    // ("CloneQLM" has two forms); null when none was registered.
+    REALproc Find(const std::string& name, int argumentCount) const;
 
     // Calls a registered method with the receiver first. The argument and result
     // types must be the method's native ones (double, uint32_t, signed char,
-    // int32_t; REALpicture, bool, int64_t).
+    // int32_t; REALpicture, bool, int64_t). A method the plug-in did not
+    // register throws std::out_of_range.
     template <typename Result, typename... Arguments>
     Result Call(const std::string& name, REALpicture receiver, Arguments... arguments) const {
-        auto function = reinterpret_cast<Result (*)(REALpicture, Arguments...)>(Find(name));
-        return function(receiver, arguments...);
+        REALproc found = Find(name, static_cast<int>(sizeof...(Arguments)));
+        if (found == nullptr) throw std::out_of_range("no registered method " + name);
+        return reinterpret_cast<Result (*)(REALpicture, Arguments...)>(found)(receiver, arguments...);
     }
 
 private:
     SimulatedHost& host_;
-    void* handle_ = nullptr;
-    std::string loadedCopy_;
 };
 
 // Path of the built plug-in library, for tests and tools.

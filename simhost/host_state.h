@@ -1,0 +1,97 @@
+// Inside the simulated host: its objects (pictures and graphics objects) with
+// their references, locks and pixels, and what it records of every call. The
+// entry points the resolver hands out work on the one active HostState.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simhost/picture_storage.h"
+#include "simhost/simulated_host.h"
+
+namespace simhost::internal {
+
+enum class ObjectKind { Picture, Graphics };
+
+// Handles are tokens, never addresses of host memory and never reused, so a call
+// on a released object is recognised instead of reaching freed memory.
+struct HostObject {
+    ObjectKind kind = ObjectKind::Picture;
+    int references = 0;
+    // Of those, the references the program holds (made or released by the test)
+    // and those other host objects hold (a picture on its mask, a graphics object
+    // on its picture). Everything else was taken by the plug-in.
+    int programReferences = 0;
+    int hostReferences = 0;
+
+    // Pictures.
+    std::unique_ptr<PictureStore> store;
+    uintptr_t mask = 0;
+    bool isMask = false;
+    int descriptionLocks = 0;
+    // Failed three-argument locks that old hosts expect to be unlocked all the same.
+    int unlocksOwedForFailedLocks = 0;
+    int cacheClears = 0;
+
+    // Graphics objects: the picture they draw into.
+    uintptr_t target = 0;
+};
+
+class HostState {
+public:
+    HostState(HostConfig config, SimulatedHost* owner);
+    ~HostState();
+
+    // The state of the active host, or null when no host is active.
+    static HostState* Active();
+    // Active(), counting a call of the entry point.
+    static HostState* Enter(const char* entryPoint) {
+        HostState* host = Active();
+        if (host != nullptr) host->CountCall(entryPoint);
+        return host;
+    }
+
+    const HostConfig config;
+    SimulatedHost* const owner;
+    Registration registration;
+
+    // The resolver's bookkeeping.
+    std::map<std::string, int> lookups;
+    std::map<std::string, int> calls;
+    void CountCall(const char* entryPoint) { ++calls[entryPoint]; }
+    int newPictureCalls = 0;
+
+    // Objects. Find records a problem when the handle is nil or not alive.
+    uintptr_t NewPicture(Storage storage, int32_t width, int32_t height);
+    uintptr_t NewGraphics(uintptr_t picture);
+    HostObject* Find(const void* handle, const char* caller);
+    const HostObject* Peek(const void* handle) const;
+    PictureStore* PixelsOf(const void* handle, const char* caller);
+    void AddReference(uintptr_t token);
+    void DropReference(uintptr_t token, const char* caller);
+    // The program's own references: those of the pictures it made, and those
+    // of the results it was handed, once it releases them.
+    void MarkProgramReference(uintptr_t token) { ++objects_.at(token).programReferences; }
+    void ReleaseByProgram(uintptr_t token);
+    // Gives the picture a mask (dropping any it had); the picture holds it.
+    void SetMask(REALpicture picture, REALpicture mask);
+
+    void Problem(std::string text) { problems_.push_back(std::move(text)); }
+    std::vector<std::string> LedgerProblems(const std::vector<REALpicture>& returned) const;
+
+    static uintptr_t TokenOf(const void* handle) { return reinterpret_cast<uintptr_t>(handle); }
+    static REALpicture PictureHandle(uintptr_t token) { return reinterpret_cast<REALpicture>(token); }
+
+private:
+    void Destroy(uintptr_t token);
+
+    std::map<uintptr_t, HostObject> objects_;
+    uintptr_t lastToken_;
+    std::vector<std::string> problems_;
+};
+
+}  // namespace simhost::internal

@@ -1,0 +1,127 @@
+// Pictures as the host hands them to a plug-in: new pictures, description locks,
+// the cached rendering, masks.
+//
+// New pictures are depth-32 worlds on desktop hosts and host bitmaps elsewhere,
+// filled with the configured colour (opaque white unless told), stored as the
+// storage keeps it. The host refuses sizes outside 1..32767 and any depth but
+// 32, which this plug-in never asks for: such a request is also written down.
+//
+// A description lock that succeeds must be unlocked once. After a failed
+// three-argument lock only hosts before 2012.0 expect the unlock all the same;
+// an unlock of nothing is a fault anywhere else.
+//
+// A new mask is a picture of the same size and storage kind as new pictures,
+// opaque black: a mask that hides nothing. The picture holds its mask.
+#include "simhost/entry_points.h"
+#include "simhost/host_state.h"
+
+namespace simhost::internal::entry {
+
+namespace {
+
+constexpr int32_t kLargestSide = 32767;
+constexpr double kFirstHostWithoutUnlockAfterFailure = 2012.0;
+
+Storage NewPictureStorage(const HostConfig& config) {
+    if (config.newPictureStorage) return *config.newPictureStorage;
+    return config.kind == HostKind::Desktop ? Storage::GWorld32 : Storage::HostBitmap;
+}
+
+Rgba Colour(uint32_t argb) {
+    return {uint8_t(argb >> 16), uint8_t(argb >> 8), uint8_t(argb), uint8_t(argb >> 24)};
+}
+
+uintptr_t MakeFilledPicture(HostState& host, int32_t width, int32_t height, Rgba fill) {
+    const uintptr_t token = host.NewPicture(NewPictureStorage(host.config), width, height);
+    PictureStore* store = host.PixelsOf(HostState::PictureHandle(token), "newPicture");
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x) store->Write(x, y, fill);
+    return token;
+}
+
+bool LockDescription(HostState& host, REALpicture picture, REALpictureDescription* description,
+                     int32_t requestedType, const char* entryPoint) {
+    HostObject* object = host.Find(picture, entryPoint);
+    if (object == nullptr || description == nullptr) return false;
+    if (object->kind != ObjectKind::Picture) {
+        host.Problem(std::string(entryPoint) + " called on a graphics object");
+        return false;
+    }
+    const bool refused = requestedType != 0 && host.config.failingDescriptionTypes.contains(requestedType);
+    const std::optional<REALpictureDescription> described = refused ? std::nullopt : object->store->Describe(requestedType);
+    if (!described) {
+        if (host.config.version.value_or(0.0) < kFirstHostWithoutUnlockAfterFailure) ++object->unlocksOwedForFailedLocks;
+        return false;
+    }
+    *description = *described;
+    ++object->descriptionLocks;
+    return true;
+}
+
+}  // namespace
+
+REALpicture newPicture(int32_t width, int32_t height, int32_t depth) {
+    HostState* host = HostState::Enter("newPicture");
+    if (host == nullptr) return nullptr;
+    const int call = ++host->newPictureCalls;
+    if (depth != 32 || width < 1 || height < 1 || width > kLargestSide || height > kLargestSide) {
+        host->Problem("newPicture asked for " + std::to_string(width) + " x " + std::to_string(height) + " at depth " +
+                      std::to_string(depth));
+        return nullptr;
+    }
+    if (host->config.newPictureFailsFromCall > 0 && call >= host->config.newPictureFailsFromCall) return nullptr;
+    return HostState::PictureHandle(MakeFilledPicture(*host, width, height, Colour(host->config.newPictureFill)));
+}
+
+void lockPictureDescription(REALpicture picture, REALpictureDescription* description) {
+    if (HostState* host = HostState::Enter("lockPictureDescription"))
+        LockDescription(*host, picture, description, 0, "lockPictureDescription");
+}
+
+bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description, int32_t pictureType) {
+    HostState* host = HostState::Enter("REALLockPictureDescription");
+    if (host == nullptr) return false;
+    if (pictureType == 0) {
+        host->Problem("REALLockPictureDescription asked for picture type 0");
+        return false;
+    }
+    return LockDescription(*host, picture, description, pictureType, "REALLockPictureDescription");
+}
+
+void unlockPictureDescription(REALpicture picture) {
+    HostState* host = HostState::Enter("unlockPictureDescription");
+    if (host == nullptr) return;
+    HostObject* object = host->Find(picture, "unlockPictureDescription");
+    if (object == nullptr) return;
+    if (object->unlocksOwedForFailedLocks > 0)
+        --object->unlocksOwedForFailedLocks;
+    else if (object->descriptionLocks > 0)
+        --object->descriptionLocks;
+    else
+        host->Problem("unlockPictureDescription called on a picture whose description is not locked");
+}
+
+void REALPictureClearCache(REALpicture picture) {
+    HostState* host = HostState::Enter("REALPictureClearCache");
+    if (host == nullptr) return;
+    if (HostObject* object = host->Find(picture, "REALPictureClearCache")) ++object->cacheClears;
+}
+
+REALpicture REALGetPictureMask(REALpicture picture, uint8_t create) {
+    HostState* host = HostState::Enter("REALGetPictureMask");
+    if (host == nullptr) return nullptr;
+    HostObject* object = host->Find(picture, "REALGetPictureMask");
+    if (object == nullptr || object->kind != ObjectKind::Picture || object->isMask) return nullptr;
+    if (object->mask == 0) {
+        if (!create) return nullptr;
+        // Its first reference is the picture's own.
+        object->mask = MakeFilledPicture(*host, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255});
+        HostObject* mask = host->Find(HostState::PictureHandle(object->mask), "REALGetPictureMask");
+        mask->isMask = true;
+        mask->hostReferences = 1;
+    }
+    host->AddReference(object->mask);
+    return HostState::PictureHandle(object->mask);
+}
+
+}  // namespace simhost::internal::entry

@@ -1,0 +1,155 @@
+#include "simhost/picture_storage.h"
+
+#include <cstring>
+
+#include "platform/macos/macos_system.h"
+
+namespace simhost::internal {
+
+namespace {
+
+int16_t DepthOf(Storage storage) {
+    switch (storage) {
+        case Storage::GWorld32: return 32;
+        case Storage::GWorld24: return 24;
+        case Storage::GWorld16: return 16;
+        default: return 0;
+    }
+}
+
+void WriteWord(uint8_t* record, size_t offset, int32_t word) { std::memcpy(record + offset, &word, sizeof word); }
+
+// Depth 16 keeps 5 bits a channel; reading widens them back over the full range.
+uint8_t Widen5(uint16_t word, int shift) {
+    const uint8_t v = (word >> shift) & 0x1F;
+    return static_cast<uint8_t>(v << 3 | v >> 2);
+}
+
+}  // namespace
+
+PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32_t rowPadding)
+    : storage_(storage), width_(width), height_(height) {
+    switch (storage) {
+        case Storage::GWorld32:
+        case Storage::GWorld24:
+        case Storage::GWorld16: {
+            const int16_t depth = DepthOf(storage);
+            world_ = macos_system::NewWorld(width, height, depth, width * (depth / 8) + rowPadding);
+            worldPixels_ = macos_system::WorldPixels(world_);
+            worldRowBytes_ = macos_system::WorldRowBytes(world_);
+            break;
+        }
+        case Storage::HostBitmap: {
+            using namespace host_bitmap;
+            rowTable_ = std::make_unique<uint8_t*[]>(height > 0 ? height : 1);
+            for (int32_t y = 0; y < height; ++y) {
+                rows_.push_back(std::make_unique<uint8_t[]>(static_cast<size_t>(width) * 4));
+                rowTable_[y] = rows_.back().get();
+            }
+            record_ = std::make_unique<uint8_t[]>(kRecordSize);
+            WriteWord(record_.get(), kWidthOffset, width);
+            WriteWord(record_.get(), kHeightOffset, height);
+            WriteWord(record_.get(), kValidWordOffset, 1);
+            uint8_t** table = rowTable_.get();
+            std::memcpy(record_.get() + kRowTableOffset, &table, sizeof table);
+            break;
+        }
+        case Storage::VectorOnly:
+            drawing_.assign(static_cast<size_t>(width) * height, Rgba{0, 0, 0, 0});
+            break;
+    }
+}
+
+PictureStore::~PictureStore() {
+    if (world_ != nullptr) macos_system::DisposeWorld(world_);
+}
+
+int32_t PictureStore::BytesPerPixel() const {
+    switch (storage_) {
+        case Storage::GWorld24: return 3;
+        case Storage::GWorld16: return 2;
+        default: return 4;
+    }
+}
+
+uint8_t* PictureStore::Address(int32_t x, int32_t y) const {
+    if (storage_ == Storage::HostBitmap) return rowTable_[y] + static_cast<size_t>(x) * 4;
+    return worldPixels_ + static_cast<size_t>(y) * worldRowBytes_ + static_cast<size_t>(x) * BytesPerPixel();
+}
+
+Rgba PictureStore::Read(int32_t x, int32_t y) const {
+    if (storage_ == Storage::VectorOnly) return drawing_[static_cast<size_t>(y) * width_ + x];
+    const uint8_t* p = Address(x, y);
+    switch (storage_) {
+        case Storage::GWorld32: return {p[1], p[2], p[3], p[0]};
+        case Storage::GWorld24: return {p[0], p[1], p[2], 255};
+        case Storage::GWorld16: {
+            const uint16_t word = static_cast<uint16_t>(p[0] | p[1] << 8);
+            return {Widen5(word, 10), Widen5(word, 5), Widen5(word, 0), uint8_t(word & 0x8000 ? 255 : 0)};
+        }
+        default: {
+            const int alpha = p[3] & 0x7F;
+            return {p[2], p[1], p[0], static_cast<uint8_t>(alpha * 2 + (alpha & 1))};
+        }
+    }
+}
+
+void PictureStore::Write(int32_t x, int32_t y, Rgba pixel) {
+    if (storage_ == Storage::VectorOnly) {
+        drawing_[static_cast<size_t>(y) * width_ + x] = pixel;
+        return;
+    }
+    uint8_t* p = Address(x, y);
+    switch (storage_) {
+        case Storage::GWorld32: p[0] = pixel.a, p[1] = pixel.r, p[2] = pixel.g, p[3] = pixel.b; break;
+        case Storage::GWorld24: p[0] = pixel.r, p[1] = pixel.g, p[2] = pixel.b; break;
+        case Storage::GWorld16: {
+            const uint16_t word = static_cast<uint16_t>((pixel.a >= 128 ? 0x8000 : 0) | (pixel.r >> 3) << 10 |
+                                                        (pixel.g >> 3) << 5 | pixel.b >> 3);
+            p[0] = static_cast<uint8_t>(word);
+            p[1] = static_cast<uint8_t>(word >> 8);
+            break;
+        }
+        default: p[0] = pixel.b, p[1] = pixel.g, p[2] = pixel.r, p[3] = pixel.a >> 1; break;
+    }
+}
+
+std::vector<uint8_t> PictureStore::RawBytes(int32_t x, int32_t y) const {
+    if (storage_ == Storage::VectorOnly) return {};
+    const uint8_t* p = Address(x, y);
+    return std::vector<uint8_t>(p, p + BytesPerPixel());
+}
+
+void PictureStore::SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes) {
+    if (storage_ == Storage::VectorOnly || bytes.size() != static_cast<size_t>(BytesPerPixel())) return;
+    std::memcpy(Address(x, y), bytes.data(), bytes.size());
+}
+
+std::optional<REALpictureDescription> PictureStore::Describe(int32_t requestedType) const {
+    REALpictureDescription description{};
+    description.width = width_;
+    description.height = height_;
+    const bool isWorld = world_ != nullptr;
+    const int32_t ownType = isWorld ? kPictureTypeGWorld
+                            : storage_ == Storage::HostBitmap ? kPictureTypeHostBitmap
+                                                              : kPictureTypeVector;
+    // Any picture can be handed out as a picture object (type 8); its data is
+    // the host's and never read by a plug-in.
+    if (requestedType != 0 && requestedType != ownType && requestedType != kPictureTypeVector) return std::nullopt;
+    description.pictureType = requestedType == 0 ? ownType : requestedType;
+    if (description.pictureType == kPictureTypeGWorld) description.pictureData = world_;
+    if (description.pictureType == kPictureTypeHostBitmap) description.pictureData = record_.get();
+    return description;
+}
+
+void PictureStore::Malform(SimulatedHost::RecordDefect defect) {
+    if (record_ == nullptr) return;
+    using namespace host_bitmap;
+    switch (defect) {
+        case SimulatedHost::RecordDefect::FirstWordNotZero: WriteWord(record_.get(), kZeroWordOffset, 1); break;
+        case SimulatedHost::RecordDefect::ValidityWordZero: WriteWord(record_.get(), kValidWordOffset, 0); break;
+        case SimulatedHost::RecordDefect::NoRowTable: std::memset(record_.get() + kRowTableOffset, 0, sizeof(void*)); break;
+    }
+}
+
+}  // namespace simhost::internal
