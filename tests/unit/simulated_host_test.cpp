@@ -1,0 +1,202 @@
+// The test bench tested: the simulated host must catch what a careless plug-in
+// does (a reference or lock kept, an unlock of nothing, a call on a released
+// object) and must behave as the plug-in's code expects of the real host.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+
+#include "platform/xojo/rb_plugin.h"
+#include "simhost/simulated_host.h"
+
+using simhost::HostConfig;
+using simhost::HostKind;
+using simhost::Rgba;
+using simhost::SimulatedHost;
+using simhost::Storage;
+
+namespace {
+
+template <typename Function>
+Function EntryPoint(const char* name) {
+    return reinterpret_cast<Function>(SimulatedHost::Resolver()(name));
+}
+
+const auto LockObject = [] { return EntryPoint<void (*)(REALobject)>("REALLockObject"); };
+const auto UnlockObject = [] { return EntryPoint<void (*)(REALobject)>("REALUnlockObject"); };
+const auto LockAs = [] {
+    return EntryPoint<bool (*)(REALpicture, REALpictureDescription*, int32_t)>("REALLockPictureDescription");
+};
+const auto Unlock = [] { return EntryPoint<void (*)(REALpicture)>("unlockPictureDescription"); };
+const auto NewPicture = [] { return EntryPoint<REALpicture (*)(int32_t, int32_t, int32_t)>("newPicture"); };
+
+HostConfig Console(double version = 2019.0) {
+    HostConfig config;
+    config.kind = HostKind::Console;
+    config.version = version;
+    return config;
+}
+
+// Each careless act, done on a fresh console host with one picture; the ledger
+// must name it.
+struct CarelessCase {
+    const char* name;
+    double version;
+    std::function<void(REALpicture)> act;
+};
+
+const CarelessCase kCarelessCases[] = {
+    {"KeptReference", 2019.0, [](REALpicture p) { LockObject()(p); }},
+    {"KeptDescriptionLock", 2019.0,
+     [](REALpicture p) {
+         REALpictureDescription description{};
+         LockAs()(p, &description, 10);
+     }},
+    {"UnlockOfNothing", 2019.0, [](REALpicture p) { Unlock()(p); }},
+    {"UnlockAfterFailedLockOnNewHost", 2012.0,
+     [](REALpicture p) {
+         REALpictureDescription description{};
+         EXPECT_FALSE(LockAs()(p, &description, 4));
+         Unlock()(p);
+     }},
+    {"ReleaseOfWhatWasNotTaken", 2019.0, [](REALpicture p) { UnlockObject()(p); }},
+    {"NilObject", 2019.0, [](REALpicture) { LockObject()(nullptr); }},
+    {"OversizedPicture", 2019.0, [](REALpicture) { EXPECT_EQ(NewPicture()(32768, 1, 32), nullptr); }},
+    {"PictureOfAnotherDepth", 2019.0, [](REALpicture) { EXPECT_EQ(NewPicture()(4, 4, 24), nullptr); }},
+    {"LeakedNewPicture", 2019.0, [](REALpicture) { EXPECT_NE(NewPicture()(4, 4, 32), nullptr); }},
+};
+
+class CarelessTest : public ::testing::TestWithParam<CarelessCase> {};
+
+TEST_P(CarelessTest, TheLedgerNamesIt) {
+    SimulatedHost host(Console(GetParam().version));
+    REALpicture picture = host.MakePicture(Storage::HostBitmap, 3, 2);
+    ASSERT_TRUE(host.LedgerProblems().empty());
+    GetParam().act(picture);
+    EXPECT_FALSE(host.LedgerProblems().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Acts, CarelessTest, ::testing::ValuesIn(kCarelessCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(SimulatedHost, OldHostsExpectAnUnlockAfterAFailedLock) {
+    SimulatedHost host(Console(2011.99));
+    REALpicture picture = host.MakePicture(Storage::HostBitmap, 3, 2);
+    REALpictureDescription description{};
+    EXPECT_FALSE(LockAs()(picture, &description, 4));
+    Unlock()(picture);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+TEST(SimulatedHost, CallsOnAReleasedPictureAreCaught) {
+    SimulatedHost host(Console());
+    REALpicture picture = host.MakePicture(Storage::HostBitmap, 3, 2);
+    host.Release(picture);
+    EXPECT_FALSE(host.IsAlive(picture));
+    LockObject()(picture);
+    EXPECT_FALSE(host.LedgerProblems().empty());
+}
+
+TEST(SimulatedHost, AResultHandedToTheProgramIsAccountedOnce) {
+    SimulatedHost host(Console());
+    REALpicture made = NewPicture()(2, 2, 32);
+    EXPECT_EQ(host.LedgerProblems({made}), std::vector<std::string>{});
+    LockObject()(made);
+    EXPECT_FALSE(host.LedgerProblems({made}).empty()) << "one reference too many";
+    UnlockObject()(made);
+    host.Release(made);
+    EXPECT_FALSE(host.IsAlive(made));
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+TEST(SimulatedHost, HostBitmapRowsLieApartAndTheRecordIsAsDocumented) {
+    SimulatedHost host(Console());
+    REALpicture picture = host.MakePicture(Storage::HostBitmap, 5, 3);
+    host.SetPixel(picture, 4, 2, Rgba{1, 2, 3, 255});
+    REALpictureDescription description{};
+    ASSERT_TRUE(LockAs()(picture, &description, 10));
+    const void* record = description.pictureData;
+    EXPECT_EQ(host_bitmap::ReadWord(record, host_bitmap::kZeroWordOffset), 0);
+    EXPECT_EQ(host_bitmap::ReadWord(record, host_bitmap::kWidthOffset), 5);
+    EXPECT_EQ(host_bitmap::ReadWord(record, host_bitmap::kHeightOffset), 3);
+    EXPECT_NE(host_bitmap::ReadWord(record, host_bitmap::kValidWordOffset), 0);
+    uint8_t** rows = host_bitmap::ReadRowTable(record);
+    EXPECT_NE(rows[1], rows[0] + 5 * 4) << "rows must not be one block";
+    const uint8_t expected[4] = {3, 2, 1, 127};  // B, G, R, 7-bit alpha
+    EXPECT_EQ(std::memcmp(rows[2] + 4 * 4, expected, 4), 0);
+    Unlock()(picture);
+    host.Release(picture);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+TEST(SimulatedHost, EntryPointsCanBeMissingOrLate) {
+    HostConfig config = Console();
+    config.missingEntryPoints = {"REALLockObject"};
+    config.entryPointsFromLookup = {{"newPicture", 3}};
+    SimulatedHost host(config);
+    EXPECT_EQ(SimulatedHost::Resolver()("REALLockObject"), nullptr);
+    EXPECT_EQ(SimulatedHost::Resolver()("newPicture"), nullptr);
+    EXPECT_EQ(SimulatedHost::Resolver()("newPicture"), nullptr);
+    void* third = SimulatedHost::Resolver()("newPicture");
+    EXPECT_NE(third, nullptr);
+    EXPECT_EQ(SimulatedHost::Resolver()("newPicture"), third) << "one address, every time";
+    EXPECT_EQ(host.Lookups("newPicture"), 4);
+}
+
+TEST(SimulatedHost, NewPicturesFailFromTheConfiguredCall) {
+    HostConfig config = Console();
+    config.newPictureFailsFromCall = 2;
+    SimulatedHost host(config);
+    REALpicture first = NewPicture()(1, 1, 32);
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(NewPicture()(1, 1, 32), nullptr);
+    EXPECT_EQ(NewPicture()(1, 1, 32), nullptr);
+    host.Release(first);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+// DrawPicture as the copies rely on it: unscaled, converted, and leaving the
+// destination alone where the source rectangle has no pixels.
+TEST(SimulatedHost, DrawPictureCopiesTheOverlapOnly) {
+    SimulatedHost host;  // desktop: a 24-bit world drawn into a new 32-bit one
+    REALpicture source = host.MakePicture(Storage::GWorld24, 3, 3);
+    for (int32_t y = 0; y < 3; ++y)
+        for (int32_t x = 0; x < 3; ++x) host.SetPixel(source, x, y, Rgba{uint8_t(x), uint8_t(y), 9, 0});
+    REALpicture destination = NewPicture()(4, 4, 32);
+    REALobject graphics = EntryPoint<REALobject (*)(REALpicture)>("pluginPictureGraphicsGetter")(destination);
+    const char* declaration =
+        "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, sx as Integer = 0, "
+        "sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
+    auto draw = reinterpret_cast<void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t,
+                                          int32_t, int32_t, int32_t)>(
+        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, declaration));
+    ASSERT_NE(draw, nullptr);
+    draw(graphics, source, 0, 0, 4, 4, -1, 1, 4, 4);
+    UnlockObject()(graphics);
+    const Rgba white{255, 255, 255, 255};
+    EXPECT_EQ(host.GetPixel(destination, 0, 0), white) << "left of the source";
+    EXPECT_EQ(host.GetPixel(destination, 1, 0), (Rgba{0, 1, 9, 255}));
+    EXPECT_EQ(host.GetPixel(destination, 3, 1), (Rgba{2, 2, 9, 255}));
+    EXPECT_EQ(host.GetPixel(destination, 1, 2), white) << "below the source";
+    host.Release(destination);
+    host.Release(source);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+TEST(SimulatedHost, AMaskIsMadeOnRequestAndHeldByItsPicture) {
+    SimulatedHost host(Console());
+    auto getMask = EntryPoint<REALpicture (*)(REALpicture, uint8_t)>("REALGetPictureMask");
+    REALpicture picture = host.MakePicture(Storage::HostBitmap, 2, 2);
+    EXPECT_EQ(getMask(picture, 0), nullptr);
+    REALpicture mask = getMask(picture, 1);
+    ASSERT_NE(mask, nullptr);
+    EXPECT_EQ(host.MaskOf(picture), mask);
+    EXPECT_EQ(host.GetPixel(mask, 1, 1), (Rgba{0, 0, 0, 255}));
+    EXPECT_FALSE(host.LedgerProblems().empty()) << "the caller's reference on the mask is still out";
+    UnlockObject()(mask);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+    host.Release(picture);
+    EXPECT_FALSE(host.IsAlive(mask));
+}
+
+}  // namespace
