@@ -173,3 +173,33 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
+
+namespace {
+
+// A host bitmap record the editor cannot trust is refused on the console path,
+// which never copies, and nothing stays held.
+class MalformedRecordTest : public ::testing::TestWithParam<simhost::SimulatedHost::RecordDefect> {};
+
+TEST_P(MalformedRecordTest, IsRefused) {
+    simhost::HostConfig config;
+    config.kind = HostKind::Console;
+    simhost::SimulatedHost host(config);
+    gResolver = simhost::SimulatedHost::Resolver();
+    rbversion_rbversion = *config.version;
+    REALpicture picture = host.MakePicture(Storage::HostBitmap, 4, 3);
+    host.MalformRecord(picture, GetParam());
+    for (bool forWriting : {false, true}) {
+        PictureEditor editor;
+        EXPECT_FALSE(editor.GetPictureEditor(picture, true, forWriting));
+        EXPECT_EQ(editor.pixelFormat, PixelFormatNone);
+    }
+    host.Release(picture);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+INSTANTIATE_TEST_SUITE_P(Defects, MalformedRecordTest,
+                         ::testing::Values(simhost::SimulatedHost::RecordDefect::FirstWordNotZero,
+                                           simhost::SimulatedHost::RecordDefect::ValidityWordZero,
+                                           simhost::SimulatedHost::RecordDefect::NoRowTable));
+
+}  // namespace
