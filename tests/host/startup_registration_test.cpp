@@ -1,0 +1,213 @@
+// Start-up as each host sees it: the shipped library loaded into simulated hosts
+// at every boundary of the version bands, with what they were told and what they
+// were handed checked word by word; and hosts lacking the optional entry points.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simhost/simulated_host.h"
+
+using simhost::Registration;
+using Form = simhost::Registration::Form;
+
+namespace {
+
+const std::vector<std::string> kClassDeclarations = {
+    "RotateQLM(angle as double, background as color = &cFFFFFFFF) as picture",
+    "RotateImageAndMaskQLM(angle as double, cut as boolean = False) as picture",
+    "Rotate90QLM as picture",
+    "Rotate180QLM as picture",
+    "Rotate270QLM as picture",
+    "RotateMemoryQLM(angle as double) as Int64",
+    "MirrorQLM as picture",
+    "VMirrorQLM as picture",
+    "HMirrorQLM as picture",
+    "MirrorPictureQLM as boolean",
+    "VMirrorPictureQLM as boolean",
+    "HMirrorPictureQLM as boolean",
+    "CloneQLM as picture",
+    "CloneQLM(width as integer, height as integer) as picture",
+    "BitmapQLM as picture",
+};
+const char kSixDigitRotate[] = "RotateQLM(angle as double, background as color = &cFFFFFF) as picture";
+
+const std::vector<std::string> kModuleDeclarations = {
+    "RotateQLM(extends ref as Picture, angle as double, background as color = &cFFFFFFFF) as picture",
+    "RotateImageAndMaskQLM(extends ref as Picture, angle as double, cut as boolean = False) as picture",
+    "Rotate90QLM(extends ref as Picture) as picture",
+    "Rotate180QLM(extends ref as Picture) as picture",
+    "Rotate270QLM(extends ref as Picture) as picture",
+    "RotateMemoryQLM(extends ref as Picture, angle as double) as Int64",
+    "MirrorQLM(extends ref as Picture) as picture",
+    "VMirrorQLM(extends ref as Picture) as picture",
+    "HMirrorQLM(extends ref as Picture) as picture",
+    "MirrorPictureQLM(extends ref as Picture) as boolean",
+    "VMirrorPictureQLM(extends ref as Picture) as boolean",
+    "HMirrorPictureQLM(extends ref as Picture) as boolean",
+    "CloneQLM(extends ref as Picture) as picture",
+    "CloneQLM(extends ref as Picture, width as integer, height as integer) as picture",
+    "BitmapQLM(extends ref as Picture) as picture",
+};
+
+simhost::HostConfig ConfigFor(std::optional<double> version, std::set<std::string> missing = {}) {
+    simhost::HostConfig config;
+    config.version = version;
+    config.missingEntryPoints = std::move(missing);
+    return config;
+}
+
+// Where each registered function lies in the library, comparable between loads.
+std::vector<uintptr_t> FunctionOffsets(const Registration& registration) {
+    std::vector<uintptr_t> offsets;
+    for (const simhost::RegisteredMethod& method : registration.methods) {
+        Dl_info info{};
+        const void* address = reinterpret_cast<const void*>(method.function);
+        if (address == nullptr || dladdr(address, &info) == 0) return {};
+        offsets.push_back(reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(info.dli_fbase));
+    }
+    return offsets;
+}
+
+// The functions of the table as registered unchanged, by a 2012.0 host.
+std::vector<uintptr_t> TableFunctionOffsets() {
+    simhost::SimulatedHost host(ConfigFor(2012.0));
+    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    return FunctionOffsets(host.registration());
+}
+
+struct VersionCase {
+    const char* name;
+    std::optional<double> version;
+    int32_t definitionVersion;
+    Form form;
+    bool sixDigitColour;
+    uint32_t classFlags;
+};
+
+class StartupTest : public ::testing::TestWithParam<VersionCase> {};
+
+TEST_P(StartupTest, RegistersTheFormThisHostUnderstands) {
+    const VersionCase& c = GetParam();
+    const std::vector<uintptr_t> tableFunctions = TableFunctionOffsets();
+    simhost::SimulatedHost host(ConfigFor(c.version));
+    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    const Registration& registration = host.registration();
+
+    ASSERT_EQ(registration.form, c.form);
+    EXPECT_EQ(registration.registrations, 1);
+    EXPECT_EQ(registration.definitionVersion, c.definitionVersion);
+    EXPECT_EQ(registration.announcedVersion, c.definitionVersion);
+    EXPECT_EQ(registration.olderLayout, c.definitionVersion == 9);
+
+    std::vector<std::string> declarations = c.form == Form::Module ? kModuleDeclarations : kClassDeclarations;
+    if (c.sixDigitColour) declarations[0] = kSixDigitRotate;
+    const uint32_t methodFlags = c.form == Form::Module ? 0x14 : c.classFlags;
+    if (c.form == Form::Module) {
+        EXPECT_EQ(registration.name, "PicturePixTurnExtensionQLM");
+    } else {
+        EXPECT_EQ(registration.name, "Picture");
+        EXPECT_EQ(registration.classFlags, c.classFlags);
+    }
+    ASSERT_EQ(registration.methods.size(), declarations.size());
+    for (size_t i = 0; i < declarations.size(); ++i) {
+        const simhost::RegisteredMethod& method = registration.methods[i];
+        EXPECT_EQ(method.declaration, declarations[i]) << i;
+        EXPECT_EQ(method.flags, methodFlags) << i;
+        EXPECT_EQ(method.setter, nullptr) << i;
+        EXPECT_EQ(method.attributeCount, 0u) << i;
+    }
+    EXPECT_EQ(FunctionOffsets(registration), tableFunctions) << "every form carries the table's functions in order";
+}
+
+// The clone methods have landed: calling entries 12 and 13 shows the table binds
+// each declaration to its own function in every form.
+TEST_P(StartupTest, EntriesCallTheirOwnFunctions) {
+    simhost::SimulatedHost host(ConfigFor(GetParam().version));
+    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    const std::vector<simhost::RegisteredMethod>& methods = host.registration().methods;
+    ASSERT_EQ(methods.size(), 15u);
+    REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 5, 4);
+
+    REALpicture clone = reinterpret_cast<REALpicture (*)(REALpicture)>(methods[12].function)(source);
+    REALpicture sized =
+        reinterpret_cast<REALpicture (*)(REALpicture, int32_t, int32_t)>(methods[13].function)(source, 7, 3);
+    ASSERT_NE(clone, nullptr);
+    ASSERT_NE(sized, nullptr);
+    EXPECT_EQ(host.Width(clone), 5);
+    EXPECT_EQ(host.Height(clone), 4);
+    EXPECT_EQ(host.Width(sized), 7);
+    EXPECT_EQ(host.Height(sized), 3);
+    EXPECT_EQ(host.LedgerProblems({clone, sized}), std::vector<std::string>{});
+    host.Release(clone);
+    host.Release(sized);
+    host.Release(source);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    VersionBands, StartupTest,
+    ::testing::Values(VersionCase{"NoVersion", std::nullopt, 9, Form::ClassExtension, true, 0},
+                      VersionCase{"V2010_028", 2010.028, 9, Form::ClassExtension, true, 0},
+                      VersionCase{"V2010_029", 2010.029, 9, Form::ClassExtension, true, 0x4},
+                      VersionCase{"V2011_03", 2011.03, 9, Form::ClassExtension, true, 0x4},
+                      VersionCase{"V2011_04", 2011.04, 9, Form::ClassExtension, false, 0x4},
+                      VersionCase{"V2011_99", 2011.99, 9, Form::ClassExtension, false, 0x4},
+                      VersionCase{"V2012_0", 2012.0, 10, Form::ClassExtension, false, 0x4},
+                      VersionCase{"V2012_99", 2012.99, 10, Form::ClassExtension, false, 0x4},
+                      VersionCase{"V2013_0", 2013.0, 11, Form::Module, false, 0x4},
+                      VersionCase{"V2013_03", 2013.03, 12, Form::Module, false, 0x4},
+                      VersionCase{"V2013_04", 2013.04, 13, Form::Module, false, 0x4},
+                      VersionCase{"V2999_99", 2999.99, 13, Form::Module, false, 0x4},
+                      VersionCase{"V3000_0", 3000.0, 13, Form::ClassExtension, false, 0x4}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(StartupWithoutAnnouncement, StillRegisters) {
+    for (std::optional<double> version : {std::optional<double>{}, std::optional<double>{2013.04}}) {
+        simhost::SimulatedHost host(ConfigFor(version, {"RegisterPluginVersion"}));
+        simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+        EXPECT_FALSE(host.registration().announcedVersion.has_value());
+        EXPECT_EQ(host.registration().form, version ? Form::Module : Form::ClassExtension);
+        EXPECT_EQ(host.registration().olderLayout, !version);
+        EXPECT_EQ(host.registration().methods.size(), 15u);
+    }
+}
+
+struct MissingRegistrationCase {
+    double version;
+    const char* entryPoint;
+};
+
+class StartupWithoutRegistrationTest : public ::testing::TestWithParam<MissingRegistrationCase> {};
+
+TEST_P(StartupWithoutRegistrationTest, RegistersNothingAndAsksOnce) {
+    simhost::SimulatedHost host(ConfigFor(GetParam().version, {GetParam().entryPoint}));
+    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    EXPECT_EQ(host.registration().form, Form::Nothing);
+    EXPECT_EQ(host.registration().registrations, 0);
+    EXPECT_EQ(host.Lookups(GetParam().entryPoint), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, StartupWithoutRegistrationTest,
+                         ::testing::Values(MissingRegistrationCase{2011.0, "PluginRegisterClassExtension"},
+                                           MissingRegistrationCase{2012.0, "PluginRegisterClassExtension"},
+                                           MissingRegistrationCase{2013.04, "PluginRegisterModule"}));
+
+// A host that can release but not make pictures: nothing is made, nothing is
+// released that was not taken, and each call asks for the missing entry point anew.
+TEST(StartupEntryPoints, AMissingEntryPointIsAskedForAgainAtEachCall) {
+    simhost::SimulatedHost host(ConfigFor(2013.04, {"newPicture"}));
+    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 3, 2);
+    const int lookupsBefore = host.Lookups("newPicture");
+    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", source), nullptr);
+    const int lookupsPerCall = host.Lookups("newPicture") - lookupsBefore;
+    EXPECT_GE(lookupsPerCall, 1);
+    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", source), nullptr);
+    EXPECT_EQ(host.Lookups("newPicture"), lookupsBefore + 2 * lookupsPerCall);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+    host.Release(source);
+}
+
+}  // namespace
