@@ -12,6 +12,11 @@ REALResolver gResolver = nullptr;
 double rbversion_rbversion = 0.0;
 int32_t CurrentREALControlVersion = 13;
 const char* gpartname = nullptr;
+// Kept so that the module and everything it points at visibly belong to the
+// process to its end, as the host's pointers into them require. Outside the
+// anonymous namespace: a variable only ever written there would be optimised
+// away, and with it the only pointer to the module.
+REALmoduleDefinition* gExtensionModule = nullptr;
 
 namespace {
 
@@ -28,10 +33,6 @@ constexpr double kFirstHostWithEightDigitColours = 2011.04;
 // Hosts in this range take additions to a built-in class only as a module.
 constexpr double kFirstModuleHost = 2013.0;
 constexpr double kFirstHostPastModules = 3000.0;
-
-// Kept so that the module and everything it points at visibly belong to the
-// process to its end, as the host's pointers into them require.
-REALmoduleDefinition* gExtensionModule = nullptr;
 
 int32_t DefinitionVersionFor(double hostVersion) {
     for (const DefinitionVersionBand& band : kDefinitionVersionBands)
