@@ -1,0 +1,172 @@
+// libjpeg reports errors through its error manager, which here jumps back with
+// longjmp. As with PNG, each function that sets a jump point keeps everything it
+// touches afterwards in a state object owned by its caller.
+#include "tools/pixturn/jpeg_file.h"
+
+// jpeglib.h needs FILE and size_t declared before it.
+#include <cstdio>
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include <csetjmp>
+#include <vector>
+
+#include "tools/pixturn/failure.h"
+
+namespace pixturn {
+
+namespace {
+
+constexpr int kJpegQuality = 92;
+
+struct JpegErrors {
+    jpeg_error_mgr manager;
+    jmp_buf jump;
+    char message[JMSG_LENGTH_MAX] = "";
+};
+
+[[noreturn]] void OnJpegError(j_common_ptr codec) {
+    auto* errors = reinterpret_cast<JpegErrors*>(codec->err);
+    codec->err->format_message(codec, errors->message);
+    std::longjmp(errors->jump, 1);
+}
+
+// libjpeg only warns about damaged data and fills the rest with grey; a picture
+// that lost pixels is refused instead. Other warnings leave the pixels whole.
+bool IsDamagedData(int code) {
+    switch (code) {
+        case JWRN_EXTRANEOUS_DATA:
+        case JWRN_HIT_MARKER:
+        case JWRN_HUFF_BAD_CODE:
+        case JWRN_JPEG_EOF:
+        case JWRN_MUST_RESYNC:
+            return true;
+        default:
+            return false;
+    }
+}
+
+void OnJpegMessage(j_common_ptr codec, int level) {
+    if (level < 0 && IsDamagedData(codec->err->msg_code)) OnJpegError(codec);
+}
+
+struct JpegReadState {
+    JpegErrors errors;
+    jpeg_decompress_struct codec{};
+    bool created = false;
+    Image image;
+
+    ~JpegReadState() {
+        if (created) jpeg_destroy_decompress(&codec);
+    }
+};
+
+bool ReadHeader(JpegReadState& state, FILE* file) {
+    if (setjmp(state.errors.jump)) return false;
+    jpeg_create_decompress(&state.codec);
+    state.created = true;
+    jpeg_stdio_src(&state.codec, file);
+    jpeg_read_header(&state.codec, TRUE);
+    // CMYK cannot be turned into RGB by the library; it comes out as four channels.
+    const bool cmyk = state.codec.jpeg_color_space == JCS_CMYK || state.codec.jpeg_color_space == JCS_YCCK;
+    state.codec.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_RGBA;
+    return true;
+}
+
+bool ReadPixels(JpegReadState& state) {
+    if (setjmp(state.errors.jump)) return false;
+    jpeg_start_decompress(&state.codec);
+    while (state.codec.output_scanline < state.codec.output_height) {
+        JSAMPROW row = state.image.pixel(0, static_cast<int32_t>(state.codec.output_scanline));
+        jpeg_read_scanlines(&state.codec, &row, 1);
+    }
+    jpeg_finish_decompress(&state.codec);
+    return true;
+}
+
+// Adobe writes CMYK inverted (255 is no ink), which makes the product the
+// colour channel.
+void CmykToRgba(Image& image) {
+    for (size_t i = 0; i < image.rgba.size(); i += 4) {
+        uint8_t* p = &image.rgba[i];
+        const int k = p[3];
+        for (int c = 0; c < 3; ++c) p[c] = static_cast<uint8_t>((p[c] * k + 127) / 255);
+        p[3] = 255;
+    }
+}
+
+struct JpegWriteState {
+    JpegErrors errors;
+    jpeg_compress_struct codec{};
+    bool created = false;
+    std::vector<JSAMPROW> rows;
+
+    ~JpegWriteState() {
+        if (created) jpeg_destroy_compress(&codec);
+    }
+};
+
+bool WriteRows(JpegWriteState& state, FILE* file, int32_t width, int32_t height, ImageRole role) {
+    if (setjmp(state.errors.jump)) return false;
+    jpeg_create_compress(&state.codec);
+    state.created = true;
+    jpeg_stdio_dest(&state.codec, file);
+    state.codec.image_width = static_cast<JDIMENSION>(width);
+    state.codec.image_height = static_cast<JDIMENSION>(height);
+    // Pictures go in as RGBA and the library skips the alpha byte.
+    state.codec.input_components = role == ImageRole::Mask ? 1 : 4;
+    state.codec.in_color_space = role == ImageRole::Mask ? JCS_GRAYSCALE : JCS_EXT_RGBA;
+    jpeg_set_defaults(&state.codec);
+    jpeg_set_quality(&state.codec, kJpegQuality, TRUE);
+    jpeg_start_compress(&state.codec, TRUE);
+    jpeg_write_scanlines(&state.codec, state.rows.data(), static_cast<JDIMENSION>(height));
+    jpeg_finish_compress(&state.codec);
+    return true;
+}
+
+jpeg_error_mgr* InstallErrors(JpegErrors& errors) {
+    jpeg_error_mgr* manager = jpeg_std_error(&errors.manager);
+    manager->error_exit = OnJpegError;
+    manager->emit_message = OnJpegMessage;
+    return manager;
+}
+
+}  // namespace
+
+bool HasJpegSignature(const uint8_t* bytes, size_t count) {
+    return count >= 3 && bytes[0] == 0xFF && bytes[1] == 0xD8 && bytes[2] == 0xFF;
+}
+
+Image ReadJpeg(FILE* file, const std::string& path) {
+    JpegReadState state;
+    state.codec.err = InstallErrors(state.errors);
+    if (!ReadHeader(state, file)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
+
+    const JDIMENSION width = state.codec.image_width;
+    const JDIMENSION height = state.codec.image_height;
+    if (width > kMaxPictureSide || height > kMaxPictureSide) {
+        throw RunError(path + ": " + std::to_string(width) + " x " + std::to_string(height) +
+                       " pixels is over the host's limit of " + std::to_string(kMaxPictureSide) +
+                       " pixels a side");
+    }
+    state.image = Image(static_cast<int32_t>(width), static_cast<int32_t>(height));
+    if (!ReadPixels(state)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
+    if (state.codec.out_color_space == JCS_CMYK) CmykToRgba(state.image);
+    return std::move(state.image);
+}
+
+void WriteJpeg(FILE* file, const Image& image, ImageRole role, const std::string& path) {
+    const std::vector<uint8_t> grey = role == ImageRole::Mask ? GreyPlane(image) : std::vector<uint8_t>();
+    JpegWriteState state;
+    state.codec.err = InstallErrors(state.errors);
+    state.rows.resize(static_cast<size_t>(image.height));
+    for (int32_t y = 0; y < image.height; ++y) {
+        const uint8_t* row = role == ImageRole::Mask ? &grey[static_cast<size_t>(y) * image.width] : image.pixel(0, y);
+        state.rows[static_cast<size_t>(y)] = const_cast<JSAMPROW>(row);
+    }
+    if (!WriteRows(state, file, image.width, image.height, role)) {
+        throw RunError(path + ": cannot write JPEG: " + state.errors.message);
+    }
+}
+
+}  // namespace pixturn
