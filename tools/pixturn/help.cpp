@@ -1,0 +1,116 @@
+// `pixturn --help` and `pixturn help COMMAND`, written from the command and
+// option tables.
+#include <cstdio>
+#include <string>
+
+#include "tools/pixturn/commands.h"
+#include "tools/pixturn/failure.h"
+
+namespace pixturn {
+
+namespace {
+
+void PrintWrapped(const std::string& text, size_t indent, size_t width) {
+    size_t column = indent;
+    std::string word;
+    std::printf("%*s", static_cast<int>(indent), "");
+    const auto flush = [&] {
+        if (word.empty()) return;
+        if (column > indent && column + 1 + word.size() > width) {
+            std::printf("\n%*s", static_cast<int>(indent), "");
+            column = indent;
+        }
+        if (column > indent) {
+            std::printf(" ");
+            ++column;
+        }
+        std::printf("%s", word.c_str());
+        column += word.size();
+        word.clear();
+    };
+    for (char c : text) {
+        if (c == ' ') {
+            flush();
+        } else {
+            word += c;
+        }
+    }
+    flush();
+    std::printf("\n");
+}
+
+std::string UsageLine(const Command& command) {
+    std::string line = std::string("pixturn ") + command.name;
+    if (command.operands[0] != '\0') line += std::string(" ") + command.operands;
+    for (const OptionSpec& option : AllOptions()) {
+        if ((command.accepted & option.bit) == 0) continue;
+        std::string text = option.shortName != nullptr ? option.shortName : option.name;
+        if (option.value != nullptr) text += std::string(" ") + option.value;
+        line += (command.required & option.bit) != 0 ? " " + text : " [" + text + "]";
+    }
+    return line;
+}
+
+void PrintOptions(unsigned accepted) {
+    for (const OptionSpec& option : AllOptions()) {
+        if ((accepted & option.bit) == 0) continue;
+        std::string heading = option.shortName != nullptr ? std::string(option.shortName) + ", " : "";
+        heading += option.name;
+        if (option.value != nullptr) heading += std::string(" ") + option.value;
+        std::printf("  %s\n", heading.c_str());
+        PrintWrapped(option.help, 6, 96);
+    }
+}
+
+void PrintCommandHelp(const Command& command) {
+    std::printf("usage: %s\n\n", UsageLine(command).c_str());
+    PrintWrapped(command.summary, 2, 96);
+    if (command.accepted != 0) {
+        std::printf("\noptions:\n");
+        PrintOptions(command.accepted);
+    }
+}
+
+void PrintOverview() {
+    std::printf(
+        "usage: pixturn COMMAND [FILE] [OPTION...]\n\n"
+        "Runs the PixTurn plug-in's Picture methods on image files. pixturn is a Xojo host: it loads the\n"
+        "shipped plug-in library, starts it through REALPluginMain and calls the methods it registers.\n"
+        "Input: PNG (any kind) or JPEG. Output: PNG (RGBA) or JPEG (RGB) by the output's extension.\n\n"
+        "commands:\n");
+    for (const Command& command : AllCommands()) {
+        std::printf("  %s\n", UsageLine(command).c_str());
+        PrintWrapped(command.summary, 6, 96);
+    }
+    std::printf("\noptions:\n");
+    unsigned all = 0;
+    for (const OptionSpec& option : AllOptions()) all |= option.bit;
+    PrintOptions(all);
+    std::printf(
+        "\nexamples:\n"
+        "  pixturn demo                                   every method on the test card, into demo-output/\n"
+        "  pixturn rotate photo.jpg --angle 30 -o turned.png\n"
+        "  pixturn rotate photo.png --angle -12.5 --background '&c00000000' -o on-black.png\n"
+        "  pixturn rotate-mask photo.png --mask mask.png --angle 30 --cut -o t.png --mask-out t-mask.png\n"
+        "  pixturn memory --size 4000x3000 --angle 30\n"
+        "  pixturn methods --host-version 2012.0\n\n"
+        "exit status: 0 done; 1 a file, picture or method failed (\"RotateQLM returned nil: ...\");\n"
+        "2 the command line is wrong; 3 internal error: a method left the host's ledger unbalanced (a\n"
+        "reference or lock kept, a call the host forbids). Errors are one line on stderr; no output file\n"
+        "is left behind.\n");
+}
+
+}  // namespace
+
+int RunHelp(const Command&, const Invocation& invocation) {
+    if (invocation.operands.empty()) {
+        PrintOverview();
+        return kExitSuccess;
+    }
+    const Command* command = FindCommand(invocation.operands.front());
+    if (command == nullptr) throw UsageError("help: unknown command '" + invocation.operands.front() + "'");
+    PrintCommandHelp(*command);
+    return kExitSuccess;
+}
+
+}  // namespace pixturn
