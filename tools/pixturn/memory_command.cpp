@@ -1,0 +1,40 @@
+// `pixturn memory`: RotateMemoryQLM on a picture from a file, or on a picture
+// of the asked size made by the host, since the estimate depends on the size
+// only. The number goes first on its own so that scripts can read it.
+#include <cinttypes>
+#include <cstdio>
+
+#include "tools/pixturn/command_support.h"
+#include "tools/pixturn/commands.h"
+#include "tools/pixturn/failure.h"
+#include "tools/pixturn/image_files.h"
+#include "tools/pixturn/method_call.h"
+
+namespace pixturn {
+
+int RunMemoryEstimate(const Command& command, const Invocation& invocation) {
+    const bool fromFile = !invocation.operands.empty();
+    if (fromFile == invocation.Has(kOptionSize)) {
+        throw UsageError(std::string(command.name) + ": give either a FILE or --size WxH");
+    }
+    const PictureSize size = invocation.size;
+    if (!fromFile && (size.width > kMaxPictureSide || size.height > kMaxPictureSide)) {
+        throw UsageError("--size: " + SizeText(size.width, size.height) + " is over the host's limit of " +
+                         std::to_string(kMaxPictureSide) + " pixels a side");
+    }
+    const Image input = fromFile ? ReadImageFile(invocation.operands.front()) : Image();
+
+    PluginHost host(SettingsFrom(invocation));
+    HostPicture receiver = fromFile ? host.MakePicture(input) : host.MakeBlankPicture(size.width, size.height);
+    MethodArguments arguments;
+    arguments.angle = invocation.angle;
+    const MethodOutcome outcome = CallMethod(host, *command.method, receiver.get(), arguments);
+    const std::string subject = fromFile ? invocation.operands.front() + " (" +
+                                               SizeText(input.width, input.height) + ")"
+                                         : "a " + SizeText(size.width, size.height) + " picture";
+    std::printf("%" PRId64 " bytes: %s on %s, %s\n", *outcome.bytes, outcome.call.c_str(), subject.c_str(),
+                HostText(invocation).c_str());
+    return kExitSuccess;
+}
+
+}  // namespace pixturn
