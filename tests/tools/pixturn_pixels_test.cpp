@@ -1,0 +1,277 @@
+// The pixels pixturn writes are exactly those the plug-in gives on the chosen
+// host: each method is run by the command on a file and, in this process, on
+// the same pixels through the registered table, and the two are compared. The
+// file formats are checked against libpng's own reading and writing.
+#include <png.h>
+
+#include <algorithm>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "tests/tools/pixturn_runner.h"
+
+namespace pixturn_test {
+namespace {
+
+using simhost::HostKind;
+using simhost::Rgba;
+using simhost::Storage;
+
+struct HostCase {
+    const char* name;
+    HostKind kind;
+    Storage storage;
+};
+
+const HostCase kHosts[] = {
+    {"desktop", HostKind::Desktop, Storage::GWorld32},  {"desktop24", HostKind::Desktop, Storage::GWorld24},
+    {"desktop16", HostKind::Desktop, Storage::GWorld16}, {"console", HostKind::Console, Storage::HostBitmap},
+    {"web", HostKind::Web, Storage::HostBitmap},
+};
+
+// The plug-in loaded here as pixturn loads it, on the same kind of host.
+struct Reference {
+    explicit Reference(const HostCase& host, double version = 2019.0)
+        : storage(host.storage), host(Config(host, version)), plugin(this->host, simhost::DefaultPluginPath()) {}
+
+    static simhost::HostConfig Config(const HostCase& host, double version) {
+        simhost::HostConfig config;
+        config.kind = host.kind;
+        config.version = version;
+        return config;
+    }
+    REALpicture Picture(const Pixels& pixels) {
+        REALpicture picture = host.MakePicture(storage, pixels.width, pixels.height);
+        for (int32_t y = 0; y < pixels.height; ++y)
+            for (int32_t x = 0; x < pixels.width; ++x) host.SetPixel(picture, x, y, pixels.at(x, y));
+        return picture;
+    }
+    Pixels Read(REALpicture picture) const {
+        Pixels pixels(host.Width(picture), host.Height(picture));
+        for (int32_t y = 0; y < pixels.height; ++y)
+            for (int32_t x = 0; x < pixels.width; ++x) pixels.rgba.push_back(host.GetPixel(picture, x, y));
+        return pixels;
+    }
+
+    Storage storage;
+    simhost::SimulatedHost host;
+    simhost::PluginLibrary plugin;
+};
+
+Pixels Grey(const Pixels& mask) {
+    Pixels grey = mask;
+    for (Rgba& p : grey.rgba) p = {p.r, p.r, p.r, 255};
+    return grey;
+}
+
+struct MethodCase {
+    const char* command;
+    std::vector<std::string> options;
+    // Calls the method on the receiver and gives the picture to compare: the
+    // result, or for the in-place methods the receiver itself; nil when the
+    // method failed (the in-place ones cannot write 16-bit worlds).
+    std::function<REALpicture(const simhost::PluginLibrary&, REALpicture)> call;
+};
+
+REALpicture InPlace(const simhost::PluginLibrary& plugin, const char* name, REALpicture receiver) {
+    return plugin.Call<bool>(name, receiver) ? receiver : nullptr;
+}
+
+const MethodCase kMethods[] = {
+    {"rotate", {"--angle", "30"}, [](auto& p, auto r) { return p.template Call<REALpicture>("RotateQLM", r, 30.0, 0xFFFFFFFFu); }},
+    {"rotate", {"--angle", "-12.5", "--background", "&c10203040"},
+     [](auto& p, auto r) { return p.template Call<REALpicture>("RotateQLM", r, -12.5, 0x40102030u); }},
+    {"rotate", {"--angle", "200", "--background", "0x80FF0000"},
+     [](auto& p, auto r) { return p.template Call<REALpicture>("RotateQLM", r, 200.0, 0x80FF0000u); }},
+    {"rotate-mask", {"--angle", "30", "--cut"},
+     [](auto& p, auto r) { return p.template Call<REALpicture>("RotateImageAndMaskQLM", r, 30.0, (signed char)1); }},
+    {"rotate90", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("Rotate90QLM", r); }},
+    {"rotate180", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("Rotate180QLM", r); }},
+    {"rotate270", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("Rotate270QLM", r); }},
+    {"mirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("MirrorQLM", r); }},
+    {"hmirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("HMirrorQLM", r); }},
+    {"vmirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("VMirrorQLM", r); }},
+    {"mirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, "MirrorPictureQLM", r); }},
+    {"hmirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, "HMirrorPictureQLM", r); }},
+    {"vmirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, "VMirrorPictureQLM", r); }},
+    {"clone", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("CloneQLM", r); }},
+    {"clone", {"--size", "13x4"},
+     [](auto& p, auto r) { return p.template Call<REALpicture>("CloneQLM", r, int32_t{13}, int32_t{4}); }},
+    {"bitmap", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("BitmapQLM", r); }},
+};
+
+class MethodPixels : public testing::TestWithParam<std::tuple<HostCase, MethodCase>> {};
+
+TEST_P(MethodPixels, FileHoldsThePluginsResult) {
+    const auto& [host, method] = GetParam();
+    const ScratchDirectory dir;
+    const Pixels input = RandomPixels(9, 7, 11);
+    WriteRgbaPng(dir / "in.png", input);
+    std::vector<std::string> arguments{method.command, dir / "in.png", "-o", dir / "out.png", "--host", host.name};
+    arguments.insert(arguments.end(), method.options.begin(), method.options.end());
+    const RunResult run = RunPixturn(arguments);
+
+    Reference reference(host);
+    const REALpicture receiver = reference.Picture(input);
+    const REALpicture result = method.call(reference.plugin, receiver);
+    if (result == nullptr) {
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find(" returned "), std::string::npos) << run.err;
+        EXPECT_FALSE(std::filesystem::exists(dir / "out.png"));
+        return;
+    }
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    const ReadBack written = ReadPng(dir / "out.png");
+    EXPECT_FALSE(written.grey);
+    EXPECT_EQ(written.pixels, reference.Read(result));
+}
+
+INSTANTIATE_TEST_SUITE_P(PixturnHosts, MethodPixels, testing::Combine(testing::ValuesIn(kHosts), testing::ValuesIn(kMethods)),
+                         [](const auto& info) {
+                             std::string name = std::string(std::get<0>(info.param).name) + "_" +
+                                                std::to_string(info.index % std::size(kMethods)) + "_" +
+                                                std::get<1>(info.param).command;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+class MaskPixels : public testing::TestWithParam<HostCase> {};
+
+TEST_P(MaskPixels, PictureAndMaskTurnTogether) {
+    const ScratchDirectory dir;
+    const Pixels input = RandomPixels(8, 5, 3);
+    const Pixels mask = Grey(RandomPixels(8, 5, 4));
+    WriteRgbaPng(dir / "in.png", input);
+    WriteRgbaPng(dir / "mask.png", mask);
+    const RunResult run = RunPixturn({"rotate-mask", dir / "in.png", "--mask", dir / "mask.png", "--angle", "-40",
+                                      "-o", dir / "out.png", "--mask-out", dir / "out-mask.png", "--host",
+                                      GetParam().name});
+    ASSERT_EQ(run.status, 0) << run.err;
+
+    Reference reference(GetParam());
+    const REALpicture receiver = reference.Picture(input);
+    const REALpicture maskPicture = reference.Picture(mask);
+    reference.host.SetMask(receiver, maskPicture);
+    const REALpicture result = reference.plugin.Call<REALpicture>("RotateImageAndMaskQLM", receiver, -40.0, (signed char)0);
+    ASSERT_NE(result, nullptr);
+    ASSERT_NE(reference.host.MaskOf(result), nullptr);
+    EXPECT_EQ(ReadPng(dir / "out.png").pixels, reference.Read(result));
+    const ReadBack writtenMask = ReadPng(dir / "out-mask.png");
+    EXPECT_TRUE(writtenMask.grey);
+    EXPECT_EQ(writtenMask.pixels, Grey(reference.Read(reference.host.MaskOf(result))));
+}
+
+INSTANTIATE_TEST_SUITE_P(PixturnHosts, MaskPixels, testing::ValuesIn(kHosts),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PixturnMemory, PrintsThePluginsNumberForAFileAndForASize) {
+    const ScratchDirectory dir;
+    WriteRgbaPng(dir / "in.png", RandomPixels(100, 50, 5));
+    Reference reference(kHosts[0]);
+    const std::vector<std::vector<std::string>> sources{{dir / "in.png"}, {"--size", "100x50"}};
+    for (const std::vector<std::string>& source : sources) {
+        std::vector<std::string> arguments{"memory", "--angle", "30"};
+        arguments.insert(arguments.end(), source.begin(), source.end());
+        const RunResult run = RunPixturn(arguments);
+        ASSERT_EQ(run.status, 0) << run.err;
+        const REALpicture picture = reference.host.MakePicture(Storage::GWorld32, 100, 50);
+        const int64_t expected = reference.plugin.Call<int64_t>("RotateMemoryQLM", picture, 30.0);
+        EXPECT_EQ(run.out.substr(0, run.out.find(' ')), std::to_string(expected)) << run.out;
+    }
+}
+
+// Without --background, RotateQLM gets the default its declaration gives on
+// that host version: six hex digits (alpha 0) before 2011.04.
+TEST(PixturnRotate, DefaultBackgroundFollowsTheRegisteredDeclaration) {
+    const ScratchDirectory dir;
+    const Pixels input = RandomPixels(9, 7, 12);
+    WriteRgbaPng(dir / "in.png", input);
+    for (const auto& [version, background] : {std::pair{"2011.03", 0x00FFFFFFu}, std::pair{"2011.04", 0xFFFFFFFFu}}) {
+        const RunResult run =
+            RunPixturn({"rotate", dir / "in.png", "--angle", "20", "--host-version", version, "-o", dir / "out.png"});
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_NE(run.out.find(background == 0xFFFFFFFFu ? "&cFFFFFFFF" : "&cFFFFFF00"), std::string::npos) << run.out;
+        Reference reference(kHosts[0], std::stod(version));
+        const REALpicture result =
+            reference.plugin.Call<REALpicture>("RotateQLM", reference.Picture(input), 20.0, background);
+        EXPECT_EQ(ReadPng(dir / "out.png").pixels, reference.Read(result)) << version;
+    }
+}
+
+TEST(PixturnAlpha, DesktopKeepsEveryValueAndConsoleKeepsSevenBits) {
+    const ScratchDirectory dir;
+    Pixels input(256, 1);
+    for (int a = 0; a < 256; ++a) input.rgba.push_back({uint8_t(a), 1, 2, uint8_t(a)});
+    WriteRgbaPng(dir / "in.png", input);
+    ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "desktop.png"}).status, 0);
+    ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "console.png", "--host", "console"}).status, 0);
+    EXPECT_EQ(ReadPng(dir / "desktop.png").pixels, input);
+    const Pixels console = ReadPng(dir / "console.png").pixels;
+    for (int a = 0; a < 256; ++a) {
+        const int kept = a >> 1;
+        EXPECT_EQ(console.rgba[a], (Rgba{uint8_t(a), 1, 2, uint8_t(kept * 2 + (kept & 1))})) << a;
+    }
+}
+
+// Every kind of PNG the command reads, against the RGBA it must give.
+struct PngCase {
+    const char* name;
+    PngSpec spec;
+    std::vector<Rgba> expected;
+};
+
+std::vector<PngCase> PngCases() {
+    const Pixels random = RandomPixels(9, 7, 9);
+    PngSpec interlaced(9, 7, PNG_COLOR_TYPE_RGBA, 8);
+    interlaced.interlaced = true;
+    for (const Rgba& p : random.rgba) interlaced.rows.insert(interlaced.rows.end(), {p.r, p.g, p.b, p.a});
+    return {
+        {"Grey8", {2, 2, PNG_COLOR_TYPE_GRAY, 8, {0, 77, 255, 128}},
+         {{0, 0, 0, 255}, {77, 77, 77, 255}, {255, 255, 255, 255}, {128, 128, 128, 255}}},
+        {"Grey1", {4, 1, PNG_COLOR_TYPE_GRAY, 1, {0xA0}},
+         {{255, 255, 255, 255}, {0, 0, 0, 255}, {255, 255, 255, 255}, {0, 0, 0, 255}}},
+        {"Grey16", {2, 1, PNG_COLOR_TYPE_GRAY, 16, {0x12, 0x34, 0x80, 0x80}}, {{18, 18, 18, 255}, {128, 128, 128, 255}}},
+        {"GreyAlpha8", {2, 1, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {10, 0, 200, 99}}, {{10, 10, 10, 0}, {200, 200, 200, 99}}},
+        {"Rgb8", {2, 1, PNG_COLOR_TYPE_RGB, 8, {1, 2, 3, 250, 251, 252}}, {{1, 2, 3, 255}, {250, 251, 252, 255}}},
+        {"Rgba16",
+         {1, 1, PNG_COLOR_TYPE_RGBA, 16, {0xFF, 0xFF, 0x7F, 0x80, 0x00, 0x00, 0x12, 0x34}},
+         {{255, 127, 0, 18}}},
+        {"PaletteWithAlpha",
+         {3, 1, PNG_COLOR_TYPE_PALETTE, 8, {2, 0, 1}, {10, 20, 30, 40, 50, 60, 70, 80, 90}, {0, 128}},
+         {{70, 80, 90, 255}, {10, 20, 30, 0}, {40, 50, 60, 128}}},
+        {"Palette4", {2, 1, PNG_COLOR_TYPE_PALETTE, 4, {0x10}, {1, 2, 3, 4, 5, 6}, {}}, {{4, 5, 6, 255}, {1, 2, 3, 255}}},
+        {"InterlacedRgba", interlaced, random.rgba},
+    };
+}
+
+class PngKinds : public testing::TestWithParam<PngCase> {};
+
+TEST_P(PngKinds, ReadAsRgbaWithAlphaAsTheFourthChannel) {
+    const ScratchDirectory dir;
+    WritePng(dir / "in.png", GetParam().spec);
+    const RunResult run = RunPixturn({"clone", dir / "in.png", "-o", dir / "out.png"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(ReadPng(dir / "out.png").pixels.rgba, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(PixturnPng, PngKinds, testing::ValuesIn(PngCases()), [](const auto& info) { return info.param.name; });
+
+TEST(PixturnJpeg, WrittenAsRgbAndReadBackOpaque) {
+    const ScratchDirectory dir;
+    const Pixels flat(16, 16, std::vector<Rgba>(256, Rgba{200, 100, 50, 60}));
+    WriteRgbaPng(dir / "in.png", flat);
+    ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "out.JPG"}).status, 0);
+    EXPECT_EQ(ReadText(dir / "out.JPG").substr(0, 3), "\xFF\xD8\xFF");
+    ASSERT_EQ(RunPixturn({"clone", dir / "out.JPG", "-o", dir / "back.png"}).status, 0);
+    for (const Rgba& p : ReadPng(dir / "back.png").pixels.rgba) {
+        EXPECT_NEAR(p.r, 200, 2);
+        EXPECT_NEAR(p.g, 100, 2);
+        EXPECT_NEAR(p.b, 50, 2);
+        EXPECT_EQ(p.a, 255);
+    }
+}
+
+}  // namespace
+}  // namespace pixturn_test

@@ -1,0 +1,124 @@
+#include "tests/tools/pixturn_runner.h"
+
+#include <png.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+
+namespace pixturn_test {
+
+namespace {
+
+std::string Quoted(const std::string& argument) {
+    std::string quoted = "'";
+    for (char c : argument) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+}  // namespace
+
+RunResult RunPixturn(const std::vector<std::string>& arguments) {
+    const ScratchDirectory streams;
+    std::string command = Quoted(PIXTURN_COMMAND);
+    for (const std::string& argument : arguments) command += " " + Quoted(argument);
+    command += " >" + Quoted(streams / "out") + " 2>" + Quoted(streams / "err");
+    const int status = std::system(command.c_str());
+    RunResult result;
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.out = ReadText(streams / "out");
+    result.err = ReadText(streams / "err");
+    return result;
+}
+
+ScratchDirectory::ScratchDirectory() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "pixturn-test-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a scratch directory");
+    path_ = pattern;
+}
+
+ScratchDirectory::~ScratchDirectory() { std::filesystem::remove_all(path_); }
+
+std::vector<std::string> ScratchDirectory::Files() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+Pixels RandomPixels(int32_t width, int32_t height, uint32_t seed) {
+    std::mt19937 random(seed);
+    Pixels pixels(width, height, std::vector<simhost::Rgba>(static_cast<size_t>(width) * height));
+    for (simhost::Rgba& p : pixels.rgba) {
+        const uint32_t bits = random();
+        p = {uint8_t(bits), uint8_t(bits >> 8), uint8_t(bits >> 16), uint8_t(bits >> 24)};
+    }
+    return pixels;
+}
+
+// libpng's default error handler aborts, which is enough for files the tests make.
+void WritePng(const std::string& path, const PngSpec& spec) {
+    FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) throw std::runtime_error("cannot write " + path);
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_init_io(png, file);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(spec.width), static_cast<png_uint_32>(spec.height), spec.bitDepth,
+                 spec.colourType, spec.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (!spec.palette.empty()) {
+        std::vector<png_color> colours;
+        for (size_t i = 0; i + 2 < spec.palette.size(); i += 3)
+            colours.push_back({spec.palette[i], spec.palette[i + 1], spec.palette[i + 2]});
+        png_set_PLTE(png, info, colours.data(), static_cast<int>(colours.size()));
+    }
+    if (!spec.paletteAlpha.empty()) {
+        png_set_tRNS(png, info, spec.paletteAlpha.data(), static_cast<int>(spec.paletteAlpha.size()), nullptr);
+    }
+    png_write_info(png, info);
+    const size_t rowBytes = spec.rows.size() / static_cast<size_t>(spec.height);
+    std::vector<png_bytep> rows;
+    for (int32_t y = 0; y < spec.height; ++y) rows.push_back(const_cast<png_bytep>(&spec.rows[y * rowBytes]));
+    png_write_image(png, rows.data());
+    png_write_end(png, nullptr);
+    png_destroy_write_struct(&png, &info);
+    std::fclose(file);
+}
+
+void WriteRgbaPng(const std::string& path, const Pixels& pixels) {
+    PngSpec spec(pixels.width, pixels.height, PNG_COLOR_TYPE_RGBA, 8);
+    for (const simhost::Rgba& p : pixels.rgba) spec.rows.insert(spec.rows.end(), {p.r, p.g, p.b, p.a});
+    WritePng(path, spec);
+}
+
+ReadBack ReadPng(const std::string& path) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&image, path.c_str())) throw std::runtime_error(path + ": " + image.message);
+    ReadBack read;
+    read.grey = image.format == PNG_FORMAT_GRAY;
+    image.format = PNG_FORMAT_RGBA;
+    read.pixels.width = static_cast<int32_t>(image.width);
+    read.pixels.height = static_cast<int32_t>(image.height);
+    read.pixels.rgba.resize(static_cast<size_t>(image.width) * image.height);
+    if (!png_image_finish_read(&image, nullptr, read.pixels.rgba.data(), 0, nullptr))
+        throw std::runtime_error(path + ": " + image.message);
+    return read;
+}
+
+std::string ReadText(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+}  // namespace pixturn_test

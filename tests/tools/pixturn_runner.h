@@ -1,0 +1,80 @@
+// Running the built pixturn command from the tests, and the image files they
+// hand it and read back, written and read with libpng directly so that the
+// command's own file code is checked against an independent one.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "simhost/simulated_host.h"
+
+namespace pixturn_test {
+
+struct RunResult {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs pixturn with these arguments; stdout and stderr are captured.
+RunResult RunPixturn(const std::vector<std::string>& arguments);
+
+// A directory of its own for each test, removed at the end.
+class ScratchDirectory {
+public:
+    ScratchDirectory();
+    ~ScratchDirectory();
+    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+    // Names of the files it holds, sorted.
+    std::vector<std::string> Files() const;
+
+private:
+    std::filesystem::path path_;
+};
+
+// 8-bit RGBA pixels, rows top to bottom.
+struct Pixels {
+    Pixels() = default;
+    Pixels(int32_t w, int32_t h, std::vector<simhost::Rgba> pixels = {}) : width(w), height(h), rgba(std::move(pixels)) {}
+    int32_t width = 0;
+    int32_t height = 0;
+    std::vector<simhost::Rgba> rgba;
+    simhost::Rgba& at(int32_t x, int32_t y) { return rgba[static_cast<size_t>(y) * width + x]; }
+    const simhost::Rgba& at(int32_t x, int32_t y) const { return rgba[static_cast<size_t>(y) * width + x]; }
+    friend bool operator==(const Pixels&, const Pixels&) = default;
+};
+
+Pixels RandomPixels(int32_t width, int32_t height, uint32_t seed);
+
+// A PNG of any colour type and bit depth from its packed row bytes.
+struct PngSpec {
+    PngSpec(int32_t w, int32_t h, int type, int depth, std::vector<uint8_t> packedRows = {},
+            std::vector<uint8_t> rgbPalette = {}, std::vector<uint8_t> alphas = {})
+        : width(w), height(h), colourType(type), bitDepth(depth), rows(std::move(packedRows)),
+          palette(std::move(rgbPalette)), paletteAlpha(std::move(alphas)) {}
+    int32_t width = 0;
+    int32_t height = 0;
+    int colourType = 0;  // PNG_COLOR_TYPE_*
+    int bitDepth = 8;
+    bool interlaced = false;
+    std::vector<uint8_t> rows;     // height rows of packed samples
+    std::vector<uint8_t> palette;  // R, G, B per entry
+    std::vector<uint8_t> paletteAlpha;
+};
+void WritePng(const std::string& path, const PngSpec& spec);
+void WriteRgbaPng(const std::string& path, const Pixels& pixels);
+
+// Reads a PNG as 8-bit RGBA; `grey` tells whether the file itself is grey
+// without alpha (how masks are written).
+struct ReadBack {
+    Pixels pixels;
+    bool grey = false;
+};
+ReadBack ReadPng(const std::string& path);
+
+std::string ReadText(const std::string& path);
+void WriteText(const std::string& path, const std::string& text);
+
+}  // namespace pixturn_test
