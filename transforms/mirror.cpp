@@ -1,0 +1,45 @@
+// The three mirrors into a new picture: left-right, top-bottom and both ways (the
+// last is the same picture as a half turn). The receiver is left as it was.
+#include <algorithm>
+#include <cstring>
+
+#include "plugin/methods.h"
+#include "transforms/new_picture_frame.h"
+#include "transforms/pixel_moves.h"
+
+namespace {
+
+// Same layout on both sides: whole rows are copied as they are, which also keeps
+// what GetPixel and SetPixel would drop (the top bit of a host bitmap's alpha byte,
+// the bytes after a world row's last pixel). A row is copied up to the shorter of
+// the two row lengths, so the copy stays inside its destination row.
+void CopyRowsUpsideDown(PictureReader& reader, PictureWriter& writer) {
+    const int32_t rowLength = std::min(reader.rowBytes, writer.rowBytes);
+    if (rowLength < 1) return;
+    const int32_t h = reader.height;
+    for (int32_t i = 0; i < h; ++i)
+        std::memcpy(writer.RowAddress(i), reader.RowAddress(h - 1 - i), static_cast<size_t>(rowLength));
+}
+
+}  // namespace
+
+REALpicture MirrorQLM(REALpicture picture) {
+    return TransformIntoNewPicture(picture, NewPictureShape::SameSides, [](PictureReader& reader, PictureWriter& writer) {
+        MovePixels(reader, writer, PixelMapping::HalfTurn);
+    });
+}
+
+REALpicture HMirrorQLM(REALpicture picture) {
+    return TransformIntoNewPicture(picture, NewPictureShape::SameSides, [](PictureReader& reader, PictureWriter& writer) {
+        MovePixels(reader, writer, PixelMapping::LeftRight);
+    });
+}
+
+REALpicture VMirrorQLM(REALpicture picture) {
+    return TransformIntoNewPicture(picture, NewPictureShape::SameSides, [](PictureReader& reader, PictureWriter& writer) {
+        if (reader.pixelFormat == writer.pixelFormat)
+            CopyRowsUpsideDown(reader, writer);
+        else
+            MovePixels(reader, writer, PixelMapping::TopBottom);
+    });
+}

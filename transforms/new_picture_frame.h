@@ -1,0 +1,36 @@
+// The frame shared by the transforms that return a new picture (mirrors and
+// right-angle turns): the receiver is read through a PictureReader, a new depth-32
+// picture of the receiver's size (or its sides exchanged) is written through a
+// PictureWriter and handed back with one reference for the caller. Every other
+// reference and lock is given back on every path, also when the fill throws: the
+// editors are locals, and the writer, declared last, is destroyed first.
+#pragma once
+
+#include <cstdint>
+
+#include "picture/picture_editor.h"
+
+enum class NewPictureShape { SameSides, SidesExchanged };
+
+// fill(reader, writer) moves the pixels; it runs only when both editors are bound
+// and the writer's picture has exactly the size asked for.
+template <typename Fill>
+REALpicture TransformIntoNewPicture(REALpicture picture, NewPictureShape shape, Fill&& fill) {
+    PictureReader reader;
+    if (!reader.GetPictureEditor(picture, true, false)) return nullptr;
+    PictureWriter writer;
+    REALpicture result = nullptr;
+    if (IsValidPictureSize(reader.width, reader.height)) {
+        const bool exchanged = shape == NewPictureShape::SidesExchanged;
+        const int32_t width = exchanged ? reader.height : reader.width;
+        const int32_t height = exchanged ? reader.width : reader.height;
+        // A host handing back a picture of another size would send the fill's
+        // writes outside it.
+        if (BindNewPicture(writer, width, height) && writer.width == width && writer.height == height) {
+            fill(reader, writer);
+            result = writer.RenderPictureWriter();
+        }
+    }
+    reader.ReleasePicture();
+    return result;
+}
