@@ -3,4 +3,3 @@
 
 REALpicture rbRotate(REALpicture, double, uint32_t) { return nullptr; }
 REALpicture RotateImageAndMaskQLM(REALpicture, double, signed char) { return nullptr; }
-int64_t rbRotateMemory(REALpicture, double) { return 0; }
