@@ -4,6 +4,7 @@
 
 #include "picture/description_lock.h"
 #include "picture/legacy_bridge.h"
+#include "picture/picture_editor.h"
 #include "plugin/host_entry_points.h"
 
 namespace {
@@ -48,6 +49,8 @@ int32_t ReadIntProperty(REALobject object, const char* property) {
 }
 
 REALpicture NewDepth32Picture(int32_t width, int32_t height) {
+    // The host makes no picture with a side outside 1..32767, and asking is a fault.
+    if (!IsValidPictureSize(width, height)) return nullptr;
     legacy::ResetDrawingPort();
     return REALNewPicture(width, height, 32);
 }
