@@ -1,0 +1,67 @@
+// NormaliseAngle against the loop it stands for (add -360 while >= 360, then 360
+// while < 0), bit for bit, wherever that loop ends in reasonable time.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <iomanip>
+#include <limits>
+#include <random>
+
+#include "transforms/angle.h"
+
+namespace {
+
+double NormaliseByLoop(double angle) {
+    while (angle >= 360) angle += -360;
+    while (angle < 0) angle += 360;
+    return angle;
+}
+
+void ExpectSameAsLoop(double angle) {
+    // Compared as bits, so that +0 and -0 differ.
+    EXPECT_EQ(std::bit_cast<uint64_t>(NormaliseAngle(angle)), std::bit_cast<uint64_t>(NormaliseByLoop(angle)))
+        << std::setprecision(17) << angle;
+}
+
+TEST(NormaliseAngle, EqualsTheLoopOnRandomAngles) {
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> wide(-1e7, 1e7);
+    std::uniform_real_distribution<double> decimalExponent(-30, 7);
+    for (int i = 0; i < 2000; ++i) {
+        ExpectSameAsLoop(wide(random));
+        const double magnitude = std::pow(10.0, decimalExponent(random));
+        ExpectSameAsLoop(i % 2 == 0 ? magnitude : -magnitude);
+    }
+}
+
+TEST(NormaliseAngle, EqualsTheLoopOnQuartersAndTheirNeighbours) {
+    for (int quarters = -40000; quarters <= 40000; quarters += 37) {
+        const double quarter = quarters * 90.0;
+        for (double angle : {quarter, std::nextafter(quarter, -1e9), std::nextafter(quarter, 1e9)})
+            ExpectSameAsLoop(angle);
+    }
+    for (double angle : {-0.0, 0.0, 360.0, -360.0, 720.0, -720.0, -1e-20, -1e-300, 359.99999999999994})
+        ExpectSameAsLoop(angle);
+}
+
+TEST(NormaliseAngle, TinyNegativesRoundUpToAWholeTurn) {
+    EXPECT_EQ(NormaliseAngle(-1e-20), 360.0);
+    EXPECT_EQ(NormaliseAngle(-360.0), 0.0);
+    EXPECT_FALSE(std::signbit(NormaliseAngle(-360.0)));
+}
+
+TEST(NormaliseAngle, HugeAnglesLandInAWholeTurnAndNonFiniteOnesAreNaN) {
+    for (double angle : {1e17, -1e17, 1e300, -1e300, std::numeric_limits<double>::max(),
+                         std::numeric_limits<double>::lowest()}) {
+        const double normalised = NormaliseAngle(angle);
+        EXPECT_GE(normalised, 0.0) << angle;
+        EXPECT_LE(normalised, 360.0) << angle;
+    }
+    EXPECT_TRUE(std::isnan(NormaliseAngle(std::nan(""))));
+    EXPECT_TRUE(std::isnan(NormaliseAngle(std::numeric_limits<double>::infinity())));
+    EXPECT_TRUE(std::isnan(NormaliseAngle(-std::numeric_limits<double>::infinity())));
+}
+
+}  // namespace
