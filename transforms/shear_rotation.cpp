@@ -1,0 +1,178 @@
+// RotateQLM: the receiver turned by any angle in degrees, anticlockwise on the
+// screen, with the background colour wherever no source pixel lands.
+//
+// Angle. The angle is brought into [0, 360] (a tiny negative angle becomes
+// exactly 360 and is sheared, not cloned). An exact 0, 90, 180 or 270 is a clone
+// or a quarter turn and blends nothing. Any other angle is first brought within
+// 45 degrees of zero by one quarter turn (45 < a <= 135 turns by 90, 135 < a <=
+// 225 by 180, 225 < a <= 315 by 270), so an exact 45, 135, 225 or 315 keeps a
+// residual of +45. An angle above 315 keeps its residual: sine and tangent treat
+// it as the equal negative angle. The working picture is the quarter-turned copy
+// or the receiver itself; either way the method holds one reference to it.
+//
+// Three shears (Paeth). With rad = a * pi / 180 (multiplied first, then divided),
+// s = sin rad, t = tan(rad / 2), c = cos rad, rows are sheared by t, columns by s,
+// rows by t again; together they move working pixel (x, y) to
+// (x c + y s, y c - x s) plus a constant shift per pass. W x H is the working
+// picture:
+//
+//   pass   picture   width                     height
+//   1      P1        W1 = trunc(|t| H) + W     H
+//   2      P2        W1                        H2 = trunc(|s| W + H c) + 1
+//   3      result    trunc(W c + H |s|) + 1    trunc(H c + W |s|) + 1  (= H2)
+//
+// trunc rounds toward zero as the x86 conversion does: a size from NaN or out of
+// the 32-bit range comes out as INT32_MIN and is refused. Every picture is 1 to
+// 32767 pixels a side; the truncated sums of passes 2 and 3 are refused above
+// 32766 so that the + 1 stays within the limit.
+//
+// Skews. A line is shifted by a skew of offset = floor(skew) whole pixels, and
+// blended with weight = skew - offset. Pass 1 gives row y the skew (k + 0.5) t
+// with k = y, or y - H when t < 0, so its offsets are never negative. Pass 2
+// starts at (W - 1) s when s > 0, else at -((W - W1) s), and subtracts s from
+// column to column; pass 3 starts at -((W - 1) s t) when s >= 0, else at
+// (-hf - (W - 1) s) t, and adds t from row to row. The skews are carried by
+// these repeated sums, never recomputed from the line number: their rounding is
+// part of the result.
+//
+// Blending and the trailing pixel. A source pixel P landing with weight w is
+// written as P - trunc(P w - Q w), Q being the source pixel before it, or the
+// background before the first one; the blend lies between P and Q. A line
+// shifted by a fraction of a pixel covers one pixel more than it has: the pixel
+// after its last one is written as background - trunc(background w - Q w), so a
+// line fades into the background instead of stopping at a hard edge. That is
+// the + 1 of passes 2 and 3. All products are formed in doubles exactly as
+// written (the build allows no fused multiply-add); skews.h and skew_loops.h
+// hold the shears.
+//
+// Memory. Each pass picture is released as soon as the next pass has read it,
+// so besides the receiver at most the working picture and two pass pictures are
+// alive at once.
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+#include "picture/copying.h"
+#include "picture/picture_editor.h"
+#include "plugin/host_entry_points.h"
+#include "plugin/methods.h"
+#include "transforms/angle.h"
+#include "transforms/owned_picture.h"
+#include "transforms/skew_loops.h"
+
+namespace {
+
+constexpr int32_t kMaxTruncatedSide = kMaxPictureSide - 1;
+
+// The working picture's size and what the three passes share.
+struct Shear {
+    int32_t width;   // W
+    int32_t height;  // H
+    double s, t, c;
+    Pixel background;
+};
+
+Pixel BackgroundChannels(uint32_t background) {
+    return {int32_t(background >> 16 & 0xFF), int32_t(background >> 8 & 0xFF), int32_t(background & 0xFF),
+            int32_t(background >> 24)};
+}
+
+// Brings a within 45 degrees of zero by one quarter turn. The working picture
+// comes with one reference that the caller owns; without REALLockObject the
+// receiver could not be held, nor read.
+OwnedPicture TakeWorkingPicture(REALpicture picture, double& a) {
+    if (a > 45.0 && a <= 135.0) {
+        a -= 90.0;
+        return OwnedPicture(rbRotate90(picture));
+    }
+    if (a > 135.0 && a <= 225.0) {
+        a -= 180.0;
+        return OwnedPicture(rbRotate180(picture));
+    }
+    if (a > 225.0 && a <= 315.0) {
+        a -= 270.0;
+        return OwnedPicture(rbRotate270(picture));
+    }
+    if (picture == nullptr || !REALLockObject.IsAvailable()) return OwnedPicture();
+    REALLockObject(picture);
+    return OwnedPicture(picture);
+}
+
+// A host handing back a picture of another size would send the shears' writes
+// outside it.
+bool StartPass(PictureWriter& writer, int32_t width, int32_t height) {
+    return BindNewPicture(writer, width, height) && writer.width == width && writer.height == height;
+}
+
+// Pass 1: the working picture's rows sheared by t into P1.
+OwnedPicture FirstShear(PictureReader& working, const Shear& shear) {
+    const int32_t w1 = WrappingAdd(TruncToInt32(std::fabs(shear.t) * shear.height), shear.width);
+    if (!IsValidPictureSize(w1, shear.height)) return OwnedPicture();
+    PictureWriter writer;
+    if (!StartPass(writer, w1, shear.height)) return OwnedPicture();
+    int32_t y = 0;
+    ShearRows(working, writer, shear.height, shear.background, [&] {
+        const int32_t k = shear.t < 0 ? y - shear.height : y;
+        ++y;
+        return (k + 0.5) * shear.t;
+    });
+    return OwnedPicture(writer.RenderPictureWriter());
+}
+
+// Pass 2: P1's columns sheared by s into P2. P1 goes once read: the writer is
+// finished, the reader released, then P1.
+OwnedPicture SecondShear(OwnedPicture p1, const Shear& shear) {
+    PictureReader reader;
+    if (!reader.GetPictureEditor(p1.Get(), true, false)) return OwnedPicture();
+    const int32_t w1 = reader.width;
+    if (w1 <= 0) return OwnedPicture();
+    const int32_t h = TruncToInt32(std::fabs(shear.s) * shear.width + shear.height * shear.c);
+    if (h < 0 || h > kMaxTruncatedSide) return OwnedPicture();
+    PictureWriter writer;
+    if (!StartPass(writer, w1, h + 1)) return OwnedPicture();
+    double skew = shear.s > 0 ? (shear.width - 1) * shear.s : -((shear.width - w1) * shear.s);
+    ShearColumns(reader, writer, w1, shear.background, [&] { return std::exchange(skew, skew - shear.s); });
+    return OwnedPicture(writer.RenderPictureWriter());
+}
+
+// Pass 3: P2's rows sheared by t into the result; P2 goes as P1 did.
+OwnedPicture ThirdShear(OwnedPicture p2, const Shear& shear) {
+    PictureReader reader;
+    if (!reader.GetPictureEditor(p2.Get(), true, false)) return OwnedPicture();
+    const int32_t hf = TruncToInt32(shear.height * shear.c + shear.width * std::fabs(shear.s));
+    const int32_t wf = TruncToInt32(shear.width * shear.c + shear.height * std::fabs(shear.s));
+    if (hf < 0 || hf > kMaxTruncatedSide || wf < 0 || wf > kMaxTruncatedSide) return OwnedPicture();
+    PictureWriter writer;
+    if (!StartPass(writer, wf + 1, hf + 1)) return OwnedPicture();
+    double skew = shear.s >= 0 ? -((shear.width - 1) * shear.s * shear.t)
+                               : (-hf - (shear.width - 1) * shear.s) * shear.t;
+    ShearRows(reader, writer, hf + 1, shear.background, [&] { return std::exchange(skew, skew + shear.t); });
+    return OwnedPicture(writer.RenderPictureWriter());
+}
+
+}  // namespace
+
+REALpicture rbRotate(REALpicture picture, double angle, uint32_t background) {
+    // An infinity normalises to NaN, and NaN makes every size invalid: nil
+    // either way, without binding anything.
+    if (!std::isfinite(angle)) return nullptr;
+    double a = NormaliseAngle(angle);
+    if (a == 0.0) return ClonePicture(picture);
+    if (a == 90.0) return rbRotate90(picture);
+    if (a == 180.0) return rbRotate180(picture);
+    if (a == 270.0) return rbRotate270(picture);
+
+    // Declared in this order, the reader is released before the working picture.
+    OwnedPicture working = TakeWorkingPicture(picture, a);
+    PictureReader reader;
+    if (!reader.GetPictureEditor(working.Get(), true, false)) return nullptr;
+
+    const double rad = a * 3.141592653589793 / 180;
+    const Shear shear{reader.width, reader.height, std::sin(rad), std::tan(0.5 * rad), std::cos(rad),
+                      BackgroundChannels(background)};
+    OwnedPicture p1 = FirstShear(reader, shear);
+    if (!p1) return nullptr;
+    OwnedPicture p2 = SecondShear(std::move(p1), shear);
+    if (!p2) return nullptr;
+    return ThirdShear(std::move(p2), shear).Release();
+}
