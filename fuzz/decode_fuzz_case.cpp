@@ -116,7 +116,7 @@ int32_t DecodeSide(ByteReader& in) {
 }
 
 PictureSpec DecodePicture(ByteReader& in, simhost::Storage storage, int32_t width, int32_t height) {
-    PictureSpec picture{storage, width, height, {}, 0};
+    PictureSpec picture{storage, width, height, {}, 0, std::nullopt};
     if (in.Byte() & 1) {
         picture.pixels.resize(static_cast<size_t>(width) * height);
         for (simhost::Rgba& pixel : picture.pixels) pixel = {in.Byte(), in.Byte(), in.Byte(), in.Byte()};
@@ -172,6 +172,13 @@ double DecodeAngle(ByteReader& in, bool keepPassesThin) {
     }
 }
 
+std::optional<simhost::SimulatedHost::RecordDefect> DecodeDefect(uint8_t choice) {
+    using Defect = simhost::SimulatedHost::RecordDefect;
+    constexpr std::array<Defect, 3> kDefects = {Defect::FirstWordNotZero, Defect::ValidityWordZero, Defect::NoRowTable};
+    if (choice % 4 == 0) return std::nullopt;
+    return kDefects[choice % 4 - 1];
+}
+
 int32_t DecodeSizeArgument(ByteReader& in) {
     constexpr std::array<int32_t, 7> kLimits = {
         0, 1, -1, 32767, 32768, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(),
@@ -216,6 +223,11 @@ FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
     fuzzCase.width = DecodeSizeArgument(in);
     fuzzCase.height = DecodeSizeArgument(in);
     CapArea(fuzzCase.width, fuzzCase.height);
+
+    // Last, so that the inputs written before records could be spoiled keep their meaning.
+    const uint8_t defects = in.Byte();
+    if (fuzzCase.receiver) fuzzCase.receiver->defect = DecodeDefect(defects);
+    if (fuzzCase.mask) fuzzCase.mask->defect = DecodeDefect(defects >> 2);
     return fuzzCase;
 }
 

@@ -1,24 +1,35 @@
-// The fuzz target's oracle. For each method that succeeded it forms the picture
-// the slow models give for the receiver as it was before the call, stores it in
-// a picture of the result's own storage (so a host bitmap's 7-bit alpha or a
-// 24-bit world's missing alpha is accounted for the way the host stores it),
-// and compares pixel by pixel.
+// The fuzz target's oracle. For each method that succeeded it forms what the
+// slow models give for the receiver as it was before the call and compares it
+// pixel by pixel (and the estimate number by number). Pixels are compared as the
+// host shows them once stored, so a host bitmap's 7-bit alpha or a 24-bit
+// world's missing alpha is accounted for the way the host stores it.
 #include "fuzz/expected_results.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <sstream>
+#include <utility>
+
+#include "tests/support/rotation_model.h"
 
 namespace pixturn_fuzz {
 namespace {
 
+using simhost::HostKind;
+using simhost::Rgba;
 using simhost::SimulatedHost;
+using simhost::Storage;
 using test_support::Image;
+
+// The rotation models normalise angles by whole turns, one step at a time.
+constexpr double kLargestModelledAngle = 1e6;
+constexpr uint32_t kAllOnesBackground = 0xFFFFFFFF;
 
 // Destination (x, y) of a width x height picture comes from source pixel from(x, y).
 Image Remap(const Image& source, int32_t width, int32_t height,
             const std::function<std::pair<int32_t, int32_t>(int32_t, int32_t)>& from) {
-    Image result{width, height, std::vector<simhost::Rgba>(static_cast<size_t>(width) * height)};
+    Image result{width, height, std::vector<Rgba>(static_cast<size_t>(width) * height)};
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x) {
             const auto [sx, sy] = from(x, y);
@@ -56,7 +67,7 @@ std::optional<Image> Rearranged(Method method, const Image& source) {
 }
 
 // The image as the host shows it once stored in a picture of that storage.
-Image StoredAs(SimulatedHost& host, simhost::Storage storage, const Image& image) {
+Image StoredAs(SimulatedHost& host, Storage storage, const Image& image) {
     if (image.width < 1 || image.height < 1) return image;
     REALpicture scratch = host.MakePicture(storage, image.width, image.height);
     test_support::WriteImage(host, scratch, image);
@@ -74,8 +85,8 @@ std::string Describe(const Image& actual, const Image& expected) {
     }
     for (int32_t y = 0; y < actual.height; ++y)
         for (int32_t x = 0; x < actual.width; ++x) {
-            const simhost::Rgba a = actual.at(x, y);
-            const simhost::Rgba e = expected.at(x, y);
+            const Rgba a = actual.at(x, y);
+            const Rgba e = expected.at(x, y);
             if (a == e) continue;
             out << "pixel (" << x << ", " << y << ") is " << int(a.r) << "," << int(a.g) << "," << int(a.b) << ","
                 << int(a.a) << ", expected " << int(e.r) << "," << int(e.g) << "," << int(e.b) << "," << int(e.a);
@@ -94,6 +105,166 @@ std::string CompareOverlap(const Image& actual, const Image& expected) {
     return Describe(crop(actual), crop(expected));
 }
 
+Storage NewPictureStorage(const simhost::HostConfig& config) {
+    if (config.newPictureStorage) return *config.newPictureStorage;
+    return config.kind == HostKind::Desktop ? Storage::GWorld32 : Storage::HostBitmap;
+}
+
+bool IsWorldOfDepth24Or32(Storage storage) { return storage == Storage::GWorld32 || storage == Storage::GWorld24; }
+
+// The pixels the plug-in reads from a picture: its own where it can reach them,
+// else those of the copy the host draws into a new picture, which desktop hosts
+// make and console and web hosts don't. Nothing where the picture can't be read
+// (a host bitmap whose record is malformed is refused, but the host still draws it).
+std::optional<Image> AsRead(const simhost::HostConfig& config, const PictureSpec& picture, const Image& pixels) {
+    const Storage newPictures = NewPictureStorage(config);
+    if (config.kind != HostKind::Desktop) {
+        if (picture.storage == Storage::HostBitmap && !picture.defect) return pixels;
+        return std::nullopt;
+    }
+    if (IsWorldOfDepth24Or32(picture.storage)) return pixels;
+    if (!IsWorldOfDepth24Or32(newPictures)) return std::nullopt;
+    Image copy = pixels;
+    for (Rgba& p : copy.pixels) p = test_support::StoredPixel(newPictures, p.r, p.g, p.b, p.a);
+    return copy;
+}
+
+// A rotation by whole turns is a clone, which the host draws: it reads any
+// picture the host can draw, whatever the editors make of it.
+bool IsWholeTurns(double angle) { return std::isfinite(angle) && std::fmod(angle, 360.0) == 0; }
+
+// The rotation models know pictures the host makes as 32- or 24-bit worlds or
+// host bitmaps, and a host whose kind is known before the first picture is read
+// (an undecided host is decided by that picture, and reads later ones by that).
+bool RotationModelled(const FuzzCase& fuzzCase) {
+    const Storage newPictures = NewPictureStorage(fuzzCase.host);
+    return fuzzCase.host.kind != HostKind::Undecided &&
+           (IsWorldOfDepth24Or32(newPictures) || newPictures == Storage::HostBitmap) &&
+           (std::isnan(fuzzCase.angle) || std::fabs(fuzzCase.angle) <= kLargestModelledAngle);
+}
+
+Rgba Colour(Storage storage, uint32_t argb) {
+    return test_support::StoredPixel(storage, argb >> 16 & 0xFF, argb >> 8 & 0xFF, argb & 0xFF, argb >> 24);
+}
+
+Image Filled(int32_t width, int32_t height, Rgba colour) {
+    return Image{width, height, std::vector<Rgba>(static_cast<size_t>(width) * height, colour)};
+}
+
+// What DrawPicture leaves in canvas when it draws source from (sx, sy) at the
+// canvas's top-left corner, unscaled: only where both pictures have pixels.
+void DrawOnto(Image& canvas, const Image& source, int32_t sx, int32_t sy, Storage storage) {
+    for (int32_t y = 0; y < canvas.height; ++y)
+        for (int32_t x = 0; x < canvas.width; ++x) {
+            const int64_t fromX = int64_t{x} + sx;
+            const int64_t fromY = int64_t{y} + sy;
+            if (fromX < 0 || fromY < 0 || fromX >= source.width || fromY >= source.height) continue;
+            const Rgba p = source.at(int32_t(fromX), int32_t(fromY));
+            canvas.at(x, y) = test_support::StoredPixel(storage, p.r, p.g, p.b, p.a);
+        }
+}
+
+// A picture and its mask as a model gives them.
+struct Expected {
+    Image picture;
+    std::optional<Image> mask;
+};
+
+// "RotateImageAndMaskQLM" composed from the model of "RotateQLM": the picture
+// and its mask turned with the all-ones background, the turned mask drawn into
+// the result's new mask (opaque black where nothing is drawn); with cut, both
+// drawn into pictures of the receiver's size from the centre of the turned ones.
+std::optional<Expected> ModelRotateImageAndMask(const FuzzCase& fuzzCase, const Image& source,
+                                                const std::optional<Image>& mask) {
+    const Storage newPictures = NewPictureStorage(fuzzCase.host);
+    const std::optional<Image> turned = test_support::ModelRotate(source, fuzzCase.angle, kAllOnesBackground, newPictures);
+    if (!turned) return std::nullopt;
+    const std::optional<Image> turnedMask =
+        mask ? test_support::ModelRotate(*mask, fuzzCase.angle, kAllOnesBackground, newPictures) : std::nullopt;
+    const Rgba maskFill = test_support::StoredPixel(newPictures, 0, 0, 0, 255);
+
+    if (fuzzCase.cut == 0) {
+        Expected expected{*turned, std::nullopt};
+        if (turnedMask) {
+            expected.mask = Filled(turned->width, turned->height, maskFill);
+            DrawOnto(*expected.mask, *turnedMask, 0, 0, newPictures);
+        }
+        return expected;
+    }
+    const int32_t dx = (turned->width - source.width) / 2;
+    const int32_t dy = (turned->height - source.height) / 2;
+    Expected expected{Filled(source.width, source.height, Colour(newPictures, fuzzCase.host.newPictureFill)),
+                      std::nullopt};
+    DrawOnto(expected.picture, *turned, dx, dy, newPictures);
+    if (turnedMask) {
+        expected.mask = Filled(source.width, source.height, maskFill);
+        DrawOnto(*expected.mask, *turnedMask, dx, dy, newPictures);
+    }
+    return expected;
+}
+
+// The two rotations: nil from the plug-in is not checked (it has more ways to
+// fail than the model knows), but a picture where the model gives nil is.
+std::string CompareRotation(SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
+                            REALpicture result) {
+    if (!RotationModelled(fuzzCase)) return {};
+    const auto read = [&](const PictureSpec& picture, const Image& pixels) {
+        return IsWholeTurns(fuzzCase.angle) ? std::optional(pixels) : AsRead(fuzzCase.host, picture, pixels);
+    };
+    const std::optional<Image> source = read(*fuzzCase.receiver, *before.picture);
+    if (!source) return {};
+    std::optional<Expected> expected;
+    if (fuzzCase.method == Method::Rotate) {
+        if (auto turned = test_support::ModelRotate(*source, fuzzCase.angle, fuzzCase.background,
+                                                    NewPictureStorage(fuzzCase.host)))
+            expected = Expected{*turned, std::nullopt};
+    } else {
+        std::optional<Image> mask;
+        if (before.mask) mask = read(*fuzzCase.mask, *before.mask);
+        expected = ModelRotateImageAndMask(fuzzCase, *source, mask);
+    }
+    if (result == nullptr) return {};
+    if (!expected) return "a picture where the model gives nil";
+
+    if (std::string difference = Describe(test_support::ReadImage(host, result), expected->picture); !difference.empty())
+        return difference;
+    REALpicture mask = host.MaskOf(result);
+    if (mask == nullptr) return expected->mask ? "no mask where the model has one" : "";
+    if (!expected->mask) return "a mask where the model has none";
+    if (std::string difference = Describe(test_support::ReadImage(host, mask), *expected->mask); !difference.empty())
+        return "mask: " + difference;
+    return {};
+}
+
+// "RotateMemoryQLM" from the receiver's size alone: every picture a rotation
+// makes at 4 bytes a pixel, counted as if all were alive at once.
+int64_t ModelRotateMemory(int32_t width, int32_t height, double angle) {
+    double a = angle;
+    while (a >= 360) a += -360;
+    while (a < 0) a += 360;
+    if (a == 0 || a == 90 || a == 180 || a == 270) return int64_t{width} * height * 4;
+
+    int64_t base = 0;
+    int32_t w = width;
+    int32_t h = height;
+    for (const int quarters : {1, 2, 3})
+        if (a > 90.0 * quarters - 45 && a <= 90.0 * quarters + 45) {
+            base = int64_t{width} * height * 4;
+            a -= 90.0 * quarters;
+            if (quarters != 2) std::swap(w, h);
+            break;
+        }
+    const double rad = a * 3.141592653589793 / 180;
+    const double s = std::sin(rad);
+    const double t = std::tan(0.5 * rad);
+    const double c = std::cos(rad);
+    const auto w1 = static_cast<int32_t>(std::trunc(std::fabs(t) * h)) + w;
+    const auto g = static_cast<int32_t>(std::trunc(h * c + std::fabs(s) * w1)) + 1;
+    const auto x = static_cast<int32_t>(std::trunc(c * g + std::fabs(s) * w1)) + 1;
+    const auto y = static_cast<int32_t>(std::trunc(c * w1 + std::fabs(s) * g));
+    return base + int64_t{h} * w1 * 4 + int64_t{w1} * g * 4 + (int64_t{y} * 4 + 4) * x;
+}
+
 }  // namespace
 
 Snapshot TakeSnapshot(const SimulatedHost& host, REALpicture picture) {
@@ -110,6 +281,14 @@ bool IsInPlace(Method method) {
 
 std::string CompareWithModels(SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
                               REALpicture receiver, const Outcome& outcome) {
+    if (fuzzCase.method == Method::RotateMemory) {
+        if (!std::isfinite(fuzzCase.angle) || std::fabs(fuzzCase.angle) > kLargestModelledAngle) return {};
+        const int32_t width = before.picture ? before.picture->width : 0;
+        const int32_t height = before.picture ? before.picture->height : 0;
+        const int64_t expected = ModelRotateMemory(width, height, fuzzCase.angle);
+        if (outcome.bytes == expected) return {};
+        return std::to_string(outcome.bytes) + " bytes, expected " + std::to_string(expected);
+    }
     if (!before.picture) return {};
     const Image& source = *before.picture;
 
@@ -119,9 +298,11 @@ std::string CompareWithModels(SimulatedHost& host, const FuzzCase& fuzzCase, con
         if (after.mask != before.mask) return "the in-place mirror changed the mask";
         return Describe(*after.picture, *Rearranged(fuzzCase.method, source));
     }
+    if (fuzzCase.method == Method::Rotate || fuzzCase.method == Method::RotateImageAndMask)
+        return CompareRotation(host, fuzzCase, before, outcome.picture);
     if (outcome.picture == nullptr) return {};
     const Image actual = test_support::ReadImage(host, outcome.picture);
-    const simhost::Storage storage = host.StorageOf(outcome.picture);
+    const Storage storage = host.StorageOf(outcome.picture);
 
     if (fuzzCase.method == Method::CloneToSize) {
         if (actual.width != fuzzCase.width || actual.height != fuzzCase.height)

@@ -1,7 +1,7 @@
 // One fuzz input decoded into what it asks for: a simulated host (version, kind,
 // missing or late entry points, failing calls, what of ApplicationServices
-// exists), a receiver picture with an optional mask, and one of the fifteen
-// methods with its arguments. decode_fuzz_case.cpp defines the byte layout;
+// exists), a receiver picture with an optional mask (either may have a malformed
+// host bitmap record), and one of the fifteen methods with its arguments. decode_fuzz_case.cpp defines the byte layout;
 // write_seeds.py writes the committed seeds in it.
 #pragma once
 
@@ -29,6 +29,8 @@ struct PictureSpec {
     // Pixels R, G, B, A row by row; empty when they come from FillRandom.
     std::vector<simhost::Rgba> pixels;
     uint32_t seed = 0;
+    // A spoiled word of a host bitmap's record (other storages have none).
+    std::optional<simhost::SimulatedHost::RecordDefect> defect;
 };
 
 struct FuzzCase {

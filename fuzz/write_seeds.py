@@ -3,7 +3,8 @@
 
 Each seed is one call in the byte layout that decode_fuzz_case.cpp reads: every
 method on a desktop and on a console host lacking nothing, the hard angles and
-sizes, and the kinds of broken host the fuzzer should start from. The fuzzer
+sizes, the kinds of broken host and the malformed host bitmap records the
+fuzzer should start from. The fuzzer
 mutates them; these are only starting points. Run it again after changing the
 layout: python3 fuzz/write_seeds.py
 """
@@ -29,6 +30,7 @@ LONG_SIDES = [32766, 32767, 32768, 32769, 40000, 65536]
 SIZE_LIMITS = [0, 1, -1, 32767, 32768, -2**31, 2**31 - 1]
 NUDGES = [0.0, 1e-12, 1e-14, 1e-18, 1e-300, "denorm"]
 HUGE = ["max", 1e300, 1e100, 1e18, 9007199254740992.0, 9007199254740993.0, 4503599627370495.5, 1e16, 1e12 + 0.5]
+DEFECTS = ["FirstWordNotZero", "ValidityWordZero", "NoRowTable"]
 FAILURE_BITS = {"desc4": 0x01, "desc8": 0x02, "desc10": 0x04, "noGraphics": 0x08, "noDrawPicture": 0x10,
                 "noFrameworksFolder": 0x20, "noApplicationServices": 0x40, "executableFails": 0x80}
 
@@ -109,9 +111,16 @@ def size_argument(value):
     return byte(8) + byte(value)
 
 
-def call(method, turn=angle(30.0), background=0xFF336699, cut=0, width=9, height=4):
-    return (byte(METHODS.index(method)) + turn + u32(background) + byte(cut) +
-            size_argument(width) + size_argument(height))
+def call(method, turn=angle(30.0), background=0xFF336699, cut=0, width=9, height=4,
+         receiver_defect=None, mask_defect=None):
+    """The defects spoil a host bitmap's record: None or one of DEFECTS."""
+    out = (byte(METHODS.index(method)) + turn + u32(background) + byte(cut) +
+           size_argument(width) + size_argument(height))
+    if receiver_defect is None and mask_defect is None:
+        return out
+    defects = 0 if receiver_defect is None else DEFECTS.index(receiver_defect) + 1
+    defects |= (0 if mask_defect is None else DEFECTS.index(mask_defect) + 1) << 2
+    return out + byte(defects)
 
 
 def seeds():
@@ -157,6 +166,16 @@ def seeds():
     yield host(missing_quickdraw=["GetPixDepth", "SetGWorld"]) + receiver("GWorld24") + call("Bitmap")
     yield host(storage="GWorld24") + receiver() + call("Rotate", angle(100.0))
     yield host(storage="HostBitmap", padding=0) + receiver() + call("Rotate", angle(-75.5))
+    # Malformed host bitmap records, on the receiver and on its mask.
+    for defect in DEFECTS:
+        for method in ["Rotate", "HMirrorInPlace", "Bitmap", "Clone"]:
+            yield console + receiver("HostBitmap", 5, 4) + call(method, receiver_defect=defect)
+        yield desktop + receiver("HostBitmap", 5, 4) + call("Mirror", receiver_defect=defect)
+        yield console + receiver("HostBitmap", 5, 4, mask=("same", "HostBitmap")) + call(
+            "RotateImageAndMask", mask_defect=defect)
+        # A whole turn is a clone that the host draws, malformed record or not.
+        yield console + receiver("HostBitmap", 5, 4, mask=("other", "HostBitmap", 3, 8)) + call(
+            "RotateImageAndMask", angle(kind="exact", quarter=0), cut=1, mask_defect=defect)
 
 
 def main():
