@@ -1,7 +1,10 @@
-# make demo: builds and runs the main job; make test: builds and runs every test.
+# make demo: builds and runs the main job; make test: builds and runs every test
+# (default build, sanitized build, 32-bit build, a minute of fuzzing);
+# make fuzz-long: fuzzes for FUZZ_SECONDS (an hour unless told).
 JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 3600
 
-.PHONY: deps build demo test clean bench
+.PHONY: deps build demo test test-default test-asan test-m32 fuzz fuzz-long clean bench
 
 deps:
 	bash scripts/install-deps.sh
@@ -13,8 +16,26 @@ build: deps
 demo: build
 	./build/default/tools/pixturn demo demo-output
 
-test: build
+test: test-default test-asan test-m32 fuzz
+
+test-default: build
 	ctest --preset default
+
+test-asan: deps
+	cmake --preset asan
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan
+
+test-m32: deps
+	cmake --preset m32
+	cmake --build --preset m32 -j $(JOBS)
+	ctest --preset m32
+
+fuzz: deps
+	JOBS=$(JOBS) bash scripts/fuzz.sh 60
+
+fuzz-long: deps
+	JOBS=$(JOBS) bash scripts/fuzz.sh $(FUZZ_SECONDS)
 
 # The benchmark against peer libraries: installs them, builds, runs and prints the
 # comparison. Never part of test.
