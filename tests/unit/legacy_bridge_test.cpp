@@ -75,9 +75,12 @@ TEST_P(MissingFunctionTest, TheCallerTakesItsOwnWay) {
     {
         PictureReader reader;
         EXPECT_EQ(reader.GetPictureEditor(world, true, false), GetParam().readerBinds);
-        if (GetParam().readerBinds && std::string(GetParam().function) != "GetPixRowBytes")
+        if (GetParam().readerBinds && std::string(GetParam().function) != "GetPixRowBytes") {
             EXPECT_EQ(reader.GetPixel(4, 2).r, host_->GetPixel(world, 4, 2).r);
-        if (std::string(GetParam().function) == "GetPixRowBytes") EXPECT_EQ(reader.rowBytes, 0);
+        }
+        if (std::string(GetParam().function) == "GetPixRowBytes") {
+            EXPECT_EQ(reader.rowBytes, 0);
+        }
     }
     PictureWriter writer;
     EXPECT_EQ(BindNewPicture(writer, 2, 2), GetParam().readerBinds) << "new pictures are made all the same";
