@@ -36,9 +36,9 @@ void DrawPicture(REALobject graphics, REALpicture image, int32_t x, int32_t y, i
     const int64_t endColumn = std::min<int64_t>({w, int64_t{source->width()} - sx, int64_t{destination->width()} - x});
     const int64_t firstRow = std::max<int64_t>({0, -int64_t{sy}, -int64_t{y}});
     const int64_t endRow = std::min<int64_t>({h, int64_t{source->height()} - sy, int64_t{destination->height()} - y});
-    for (int64_t row = firstRow; row < endRow; ++row)
-        for (int64_t column = firstColumn; column < endColumn; ++column)
-            destination->Write(int32_t(x + column), int32_t(y + row), source->Read(int32_t(sx + column), int32_t(sy + row)));
+    if (firstColumn >= endColumn || firstRow >= endRow) return;
+    destination->Draw(*source, int32_t(sx + firstColumn), int32_t(sy + firstRow), int32_t(x + firstColumn),
+                      int32_t(y + firstRow), int32_t(endColumn - firstColumn), int32_t(endRow - firstRow));
 }
 
 }  // namespace

@@ -38,12 +38,12 @@ HostState::~HostState() {
 
 HostState* HostState::Active() { return gActive; }
 
-uintptr_t HostState::NewPicture(Storage storage, int32_t width, int32_t height) {
+uintptr_t HostState::NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial) {
     lastToken_ += 16;
     HostObject& object = objects_[lastToken_];
     object.kind = ObjectKind::Picture;
     object.references = 1;
-    object.store = std::make_unique<PictureStore>(storage, width, height, config.rowPadding);
+    object.store = std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial);
     return lastToken_;
 }
 

@@ -66,7 +66,7 @@ public:
     int newPictureCalls = 0;
 
     // Objects. Find records a problem when the handle is nil or not alive.
-    uintptr_t NewPicture(Storage storage, int32_t width, int32_t height);
+    uintptr_t NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial);
     uintptr_t NewGraphics(uintptr_t picture);
     HostObject* Find(const void* handle, const char* caller);
     const HostObject* Peek(const void* handle) const;

@@ -32,11 +32,7 @@ Rgba Colour(uint32_t argb) {
 }
 
 uintptr_t MakeFilledPicture(HostState& host, int32_t width, int32_t height, Rgba fill) {
-    const uintptr_t token = host.NewPicture(NewPictureStorage(host.config), width, height);
-    PictureStore* store = host.PixelsOf(HostState::PictureHandle(token), "newPicture");
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) store->Write(x, y, fill);
-    return token;
+    return host.NewPicture(NewPictureStorage(host.config), width, height, fill);
 }
 
 bool LockDescription(HostState& host, REALpicture picture, REALpictureDescription* description,

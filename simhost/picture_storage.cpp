@@ -1,12 +1,16 @@
 #include "simhost/picture_storage.h"
 
+#include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "platform/macos/macos_system.h"
 
 namespace simhost::internal {
 
 namespace {
+
+constexpr std::align_val_t kRowAlignment{64};
 
 int16_t DepthOf(Storage storage) {
     switch (storage) {
@@ -27,7 +31,7 @@ uint8_t Widen5(uint16_t word, int shift) {
 
 }  // namespace
 
-PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32_t rowPadding)
+PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32_t rowPadding, Rgba initial)
     : storage_(storage), width_(width), height_(height) {
     switch (storage) {
         case Storage::GWorld32:
@@ -43,7 +47,7 @@ PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32
             using namespace host_bitmap;
             rowTable_ = std::make_unique<uint8_t*[]>(height > 0 ? height : 1);
             for (int32_t y = 0; y < height; ++y) {
-                rows_.push_back(std::make_unique<uint8_t[]>(static_cast<size_t>(width) * 4));
+                rows_.emplace_back(new (kRowAlignment) uint8_t[static_cast<size_t>(width) * 4]);
                 rowTable_[y] = rows_.back().get();
             }
             record_ = std::make_unique<uint8_t[]>(kRecordSize);
@@ -55,10 +59,13 @@ PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32
             break;
         }
         case Storage::VectorOnly:
-            drawing_.assign(static_cast<size_t>(width) * height, Rgba{0, 0, 0, 0});
+            drawing_.resize(static_cast<size_t>(width) * height);
             break;
     }
+    Fill(initial);
 }
+
+void PictureStore::FreeRow::operator()(uint8_t* row) const { operator delete[](row, kRowAlignment); }
 
 PictureStore::~PictureStore() {
     if (world_ != nullptr) macos_system::DisposeWorld(world_);
@@ -123,6 +130,45 @@ std::vector<uint8_t> PictureStore::RawBytes(int32_t x, int32_t y) const {
 void PictureStore::SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes) {
     if (storage_ == Storage::VectorOnly || bytes.size() != static_cast<size_t>(BytesPerPixel())) return;
     std::memcpy(Address(x, y), bytes.data(), bytes.size());
+}
+
+void PictureStore::Fill(Rgba pixel) {
+    if (storage_ == Storage::VectorOnly) {
+        std::fill(drawing_.begin(), drawing_.end(), pixel);
+        return;
+    }
+    if (height_ <= 0) return;
+    const size_t rowLength = static_cast<size_t>(width_) * BytesPerPixel();
+    // A world's row padding holds no pixel; it is kept at zero.
+    const size_t padding = world_ != nullptr ? static_cast<size_t>(worldRowBytes_) - rowLength : 0;
+    uint8_t* firstRow = Address(0, 0);
+    if (width_ > 0) Write(0, 0, pixel);
+    for (size_t done = BytesPerPixel(); done < rowLength; done *= 2)
+        std::memcpy(firstRow + done, firstRow, std::min(done, rowLength - done));
+    for (int32_t y = 0; y < height_; ++y) {
+        uint8_t* row = Address(0, y);
+        if (y > 0) std::memcpy(row, firstRow, rowLength);
+        std::memset(row + rowLength, 0, padding);
+    }
+}
+
+void PictureStore::Draw(const PictureStore& source, int32_t sourceX, int32_t sourceY, int32_t x, int32_t y,
+                        int32_t width, int32_t height) {
+    if (source.storage_ != storage_ || storage_ == Storage::VectorOnly) {
+        for (int32_t row = 0; row < height; ++row)
+            for (int32_t column = 0; column < width; ++column)
+                Write(x + column, y + row, source.Read(sourceX + column, sourceY + row));
+        return;
+    }
+    const size_t length = static_cast<size_t>(width) * BytesPerPixel();
+    for (int32_t row = 0; row < height; ++row) {
+        uint8_t* to = Address(x, y + row);
+        std::memcpy(to, source.Address(sourceX, sourceY + row), length);
+        // Write keeps 7 bits of a host bitmap's alpha; its eighth may have been
+        // set by a plug-in writing raw bytes.
+        if (storage_ == Storage::HostBitmap)
+            for (size_t i = 3; i < length; i += 4) to[i] &= 0x7F;
+    }
 }
 
 std::optional<REALpictureDescription> PictureStore::Describe(int32_t requestedType) const {

@@ -5,7 +5,9 @@
 // plug-in that steps rows by width instead of row bytes reads the wrong pixels.
 // Host bitmaps keep every row in an allocation of its own, exactly width x 4
 // bytes, listed in the record's row table: rows are not contiguous, and a read one
-// past a row is caught by AddressSanitizer. The record itself is exactly as long
+// past a row is caught by AddressSanitizer. Each row starts on a cache line, as
+// an image allocator's rows would (copies between misaligned rows run markedly
+// slower, which would blur the benchmarks). The record itself is exactly as long
 // as its last word.
 #pragma once
 
@@ -22,8 +24,9 @@ namespace simhost::internal {
 
 class PictureStore {
 public:
-    // Pixels start as all-zero bytes.
-    PictureStore(Storage storage, int32_t width, int32_t height, int32_t rowPadding);
+    // Every pixel starts as initial, stored as Write stores it; a world's row
+    // padding as zero bytes.
+    PictureStore(Storage storage, int32_t width, int32_t height, int32_t rowPadding, Rgba initial);
     ~PictureStore();
     PictureStore(const PictureStore&) = delete;
     PictureStore& operator=(const PictureStore&) = delete;
@@ -40,6 +43,15 @@ public:
     void Write(int32_t x, int32_t y, Rgba pixel);
     std::vector<uint8_t> RawBytes(int32_t x, int32_t y) const;
     void SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
+
+    // Every pixel set to one colour, as Write would store it. A whole row at a
+    // time, so that making a large picture costs what a host's fill costs.
+    void Fill(Rgba pixel);
+    // A width x height block of source, from (sourceX, sourceY), written at
+    // (x, y) as Write would store each pixel Read gives; both blocks must lie
+    // inside their pictures. Rows of the same storage are copied whole.
+    void Draw(const PictureStore& source, int32_t sourceX, int32_t sourceY, int32_t x, int32_t y, int32_t width,
+              int32_t height);
 
     // What a description lock asking for that type fills in, or nullopt when the
     // picture cannot be seen that way. Type 0 stands for the older lock, which
@@ -60,7 +72,10 @@ private:
     uint8_t* worldPixels_ = nullptr;
     int32_t worldRowBytes_ = 0;
     std::unique_ptr<uint8_t[]> record_;              // host bitmaps: the record
-    std::vector<std::unique_ptr<uint8_t[]>> rows_;   // host bitmaps: one allocation per row
+    struct FreeRow {
+        void operator()(uint8_t* row) const;
+    };
+    std::vector<std::unique_ptr<uint8_t[], FreeRow>> rows_;  // host bitmaps: one allocation per row
     std::unique_ptr<uint8_t*[]> rowTable_;           // host bitmaps: at least one entry
     std::vector<Rgba> drawing_;                      // VectorOnly: what the host draws
 };

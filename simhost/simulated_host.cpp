@@ -33,7 +33,7 @@ int SimulatedHost::Calls(const std::string& name) const {
 }
 
 REALpicture SimulatedHost::MakePicture(Storage storage, int32_t width, int32_t height) {
-    const uintptr_t token = state_->NewPicture(storage, width, height);
+    const uintptr_t token = state_->NewPicture(storage, width, height, Rgba{0, 0, 0, 0});
     state_->MarkProgramReference(token);
     return HostState::PictureHandle(token);
 }

@@ -108,7 +108,8 @@ public:
     int Lookups(const std::string& name) const;   // how often the resolver was asked
     int Calls(const std::string& name) const;     // how often an entry point ran
 
-    // Pictures the test makes: one reference, owned by the test.
+    // Pictures the test makes: pixels of all-zero bytes, one reference, owned by
+    // the test.
     REALpicture MakePicture(Storage storage, int32_t width, int32_t height);
     void Release(REALobject object);   // drops one reference, like REALUnlockObject
     void SetPixel(REALpicture picture, int32_t x, int32_t y, Rgba pixel);

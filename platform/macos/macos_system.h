@@ -40,7 +40,8 @@ const Counters& GetCounters();
 // Offscreen worlds, as the host makes them for its pictures. depth is 16, 24 or
 // 32; rowBytes at least width times the bytes per pixel (bigger pads the rows).
 // The pixels are exactly rowBytes * height bytes, so reading past them is caught
-// by AddressSanitizer.
+// by AddressSanitizer. They start as whatever the memory held: the host fills
+// them.
 GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowBytes);
 void DisposeWorld(GWorldPtr world);
 uint8_t* WorldPixels(GWorldPtr world);

@@ -137,7 +137,7 @@ GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowByte
     static uintptr_t serial = 0;
     const uintptr_t token = 0x10000000u + ++serial * 16u;
     const size_t size = static_cast<size_t>(rowBytes) * static_cast<size_t>(height);
-    Worlds().emplace(token, World{width, height, depth, rowBytes, std::make_unique<uint8_t[]>(size)});
+    Worlds().emplace(token, World{width, height, depth, rowBytes, std::make_unique_for_overwrite<uint8_t[]>(size)});
     return reinterpret_cast<GWorldPtr>(token);
 }
 

@@ -28,6 +28,10 @@ const auto LockAs = [] {
     return EntryPoint<bool (*)(REALpicture, REALpictureDescription*, int32_t)>("REALLockPictureDescription");
 };
 const auto Unlock = [] { return EntryPoint<void (*)(REALpicture)>("unlockPictureDescription"); };
+constexpr const char kDrawPictureDeclaration[] =
+    "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, sx as Integer = 0, "
+    "sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
+
 const auto NewPicture = [] { return EntryPoint<REALpicture (*)(int32_t, int32_t, int32_t)>("newPicture"); };
 
 HostConfig Console(double version = 2019.0) {
@@ -164,12 +168,9 @@ TEST(SimulatedHost, DrawPictureCopiesTheOverlapOnly) {
         for (int32_t x = 0; x < 3; ++x) host.SetPixel(source, x, y, Rgba{uint8_t(x), uint8_t(y), 9, 0});
     REALpicture destination = NewPicture()(4, 4, 32);
     REALobject graphics = EntryPoint<REALobject (*)(REALpicture)>("pluginPictureGraphicsGetter")(destination);
-    const char* declaration =
-        "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, sx as Integer = 0, "
-        "sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
     auto draw = reinterpret_cast<void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t,
                                           int32_t, int32_t, int32_t)>(
-        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, declaration));
+        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, kDrawPictureDeclaration));
     ASSERT_NE(draw, nullptr);
     draw(graphics, source, 0, 0, 4, 4, -1, 1, 4, 4);
     UnlockObject()(graphics);
@@ -182,6 +183,46 @@ TEST(SimulatedHost, DrawPictureCopiesTheOverlapOnly) {
     host.Release(source);
     EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
 }
+
+// The host's own whole-row fill and copy store each pixel exactly as its
+// per-pixel Write would (a host bitmap keeps 7 bits of alpha even when the
+// source's eighth was set by raw bytes).
+class SameStorageTest : public ::testing::TestWithParam<Storage> {};
+
+TEST_P(SameStorageTest, FillAndDrawStoreWhatWriteStores) {
+    HostConfig config;
+    config.newPictureStorage = GetParam();
+    config.newPictureFill = 0x80402010;
+    SimulatedHost host(config);
+    REALpicture source = host.MakePicture(GetParam(), 3, 2);
+    REALpicture expected = host.MakePicture(GetParam(), 5, 3);
+    for (int32_t y = 0; y < 3; ++y)
+        for (int32_t x = 0; x < 5; ++x) host.SetPixel(expected, x, y, Rgba{0x40, 0x20, 0x10, 0x80});
+    uint8_t byte = 0x5B;
+    for (int32_t y = 0; y < 2; ++y)
+        for (int32_t x = 0; x < 3; ++x) {
+            std::vector<uint8_t> raw = host.RawPixel(source, x, y);
+            for (uint8_t& b : raw) b = byte += 0x3D;
+            host.SetRawPixel(source, x, y, raw);
+            host.SetPixel(expected, x + 1, y + 1, host.GetPixel(source, x, y));
+        }
+    REALpicture destination = NewPicture()(5, 3, 32);
+    REALobject graphics = EntryPoint<REALobject (*)(REALpicture)>("pluginPictureGraphicsGetter")(destination);
+    auto draw = reinterpret_cast<void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t,
+                                          int32_t, int32_t, int32_t)>(
+        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, kDrawPictureDeclaration));
+    draw(graphics, source, 1, 1, 3, 2, 0, 0, 3, 2);
+    UnlockObject()(graphics);
+    for (int32_t y = 0; y < 3; ++y)
+        for (int32_t x = 0; x < 5; ++x)
+            EXPECT_EQ(host.RawPixel(destination, x, y), host.RawPixel(expected, x, y)) << x << "," << y;
+    for (REALpicture picture : {destination, expected, source}) host.Release(picture);
+    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+}
+
+INSTANTIATE_TEST_SUITE_P(Storages, SameStorageTest,
+                         ::testing::Values(Storage::GWorld32, Storage::GWorld24, Storage::GWorld16,
+                                           Storage::HostBitmap));
 
 TEST(SimulatedHost, AMaskIsMadeOnRequestAndHeldByItsPicture) {
     SimulatedHost host(Console());
