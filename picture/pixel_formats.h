@@ -5,7 +5,11 @@
 // bit, which the tests check.
 #pragma once
 
+#include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "picture/picture_editor.h"
@@ -51,6 +55,25 @@ struct PixelCodec<PixelFormatHostBGRA> {
         p[3] = static_cast<uint8_t>((v.a & 0xFF) >> 1);
     }
 };
+
+// One pixel stored at `to` as Destination::Write(to, Source::Read(from)) stores
+// it. Within one format that is a copy of the bytes, but for a host bitmap's alpha
+// byte, whose eighth bit Write never sets.
+template <typename Source, typename Destination>
+inline void CopyPixel(const uint8_t* from, uint8_t* to) {
+    if constexpr (std::is_same_v<Source, PixelCodec<PixelFormatHostBGRA>> && std::is_same_v<Source, Destination>) {
+        // One 4-byte word, so that the loops around it can be vectorised.
+        constexpr uint32_t kKeptBits = std::bit_cast<uint32_t>(std::array<uint8_t, 4>{0xFF, 0xFF, 0xFF, 0x7F});
+        uint32_t word;
+        std::memcpy(&word, from, 4);
+        word &= kKeptBits;
+        std::memcpy(to, &word, 4);
+    } else if constexpr (std::is_same_v<Source, Destination>) {
+        std::memcpy(to, from, Source::kBytesPerPixel);
+    } else {
+        Destination::Write(to, Source::Read(from));
+    }
+}
 
 // Calls visitor.template operator()<SourceCodec, DestinationCodec>() for the two
 // editors' formats and returns true, or returns false for a format without a codec
