@@ -2,13 +2,15 @@
 // is repeated so that the table can take the median. Before the first timing the
 // job runs once with the memory counters watching, after the free pages went
 // back to the kernel so that the resident size shows the call's peak too; that
-// call also tells a method that is not built yet, which is skipped. One more
-// untimed call then brings the pages it needs back in.
+// call also tells a method that is not built yet, which is skipped. Untimed calls
+// then bring the pages it needs back in. The page faults of the timed calls are
+// counted (faults_per_call in the JSON output): 0 means warm memory.
 #include "bench/job.h"
 
 #include <benchmark/benchmark.h>
 
 #include <memory>
+#include <sys/resource.h>
 #include <optional>
 
 #include "bench/heap_counter.h"
@@ -44,6 +46,24 @@ MeasuredFirstCall MeasureFirstCall(const Job& job) {
     return first;
 }
 
+int64_t MinorPageFaults() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt;
+}
+
+// The measured call gave its free pages back to the kernel; calls are repeated
+// untimed until one runs on pages already in place, so that timed calls are not
+// timed on the virtual machine's page faults.
+void WarmUp(const Job& job) {
+    constexpr int kMostWarmUpCalls = 5;
+    for (int call = 0; call < kMostWarmUpCalls; ++call) {
+        const int64_t before = MinorPageFaults();
+        job.run();
+        if (MinorPageFaults() == before) return;
+    }
+}
+
 benchmark::Counter Bytes(int64_t bytes) {
     return benchmark::Counter(static_cast<double>(bytes), benchmark::Counter::kDefaults,
                               benchmark::Counter::kIs1024);
@@ -58,14 +78,17 @@ void Time(benchmark::State& state, const Job& job, std::optional<CallMemory>& me
             return;
         }
         memory = first.memory;
-        job.run();
+        WarmUp(job);
     }
+    const int64_t faultsBefore = MinorPageFaults();
     for (auto _ : state) {
         if (!job.run()) {
             state.SkipWithError("failed while timed");
             break;
         }
     }
+    state.counters[kPageFaultsCounter] =
+        benchmark::Counter(static_cast<double>(MinorPageFaults() - faultsBefore) / static_cast<double>(state.iterations()));
     state.SetItemsProcessed(state.iterations() * test_card::kPixels);
     state.counters[kPeakHeapCounter] = Bytes(memory->peakHeapBytes);
     if (memory->peakResidentBytes) state.counters[kPeakResidentCounter] = Bytes(*memory->peakResidentBytes);

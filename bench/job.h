@@ -29,5 +29,6 @@ void Register(Job job);
 inline constexpr char kPeakHeapCounter[] = "peak_heap_bytes";
 inline constexpr char kPeakResidentCounter[] = "peak_rss_bytes";
 inline constexpr char kAllowedCounter[] = "allowed_bytes";
+inline constexpr char kPageFaultsCounter[] = "faults_per_call";
 
 }  // namespace bench

@@ -7,6 +7,7 @@
 
 #include "bench/heap_counter.h"
 #include "bench/peer_jobs.h"
+#include "bench/plugin_session.h"
 #include "bench/pixturn_jobs.h"
 #include "bench/results_table.h"
 
@@ -26,6 +27,7 @@ int main(int argc, char** argv) {
 
     bench::ResultsCollector collector;
     benchmark::RunSpecifiedBenchmarks(&collector);
+    bench::PluginSession::EndActive();
     benchmark::Shutdown();
     bench::PrintResults(std::cout, collector.results());
     return 0;

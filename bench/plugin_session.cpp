@@ -41,6 +41,8 @@ PluginSession& PluginSession::Enter(const HostUnderTest& kind) {
     return *gActive;
 }
 
+void PluginSession::EndActive() { gActive.reset(); }
+
 PluginSession::PluginSession(const HostUnderTest& kind)
     : kind_(kind), host_(BenchHostConfig(kind.kind)), plugin_(host_, simhost::DefaultPluginPath()) {
     card_ = MakeCard(host_, kind.storage);

@@ -26,6 +26,9 @@ inline constexpr HostUnderTest kConsole{"console", simhost::HostKind::Console, s
 class PluginSession {
 public:
     static PluginSession& Enter(const HostUnderTest& kind);
+    // Ends the session kept since the last Enter, while the stand-in system it
+    // uses still exists (not at exit, where the order of destruction is not ours).
+    static void EndActive();
     ~PluginSession();
     PluginSession(const PluginSession&) = delete;
     PluginSession& operator=(const PluginSession&) = delete;
