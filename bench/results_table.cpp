@@ -170,49 +170,62 @@ struct Goal {
     std::string task;
     // The measured figure for one host, and whether it meets the goal.
     std::function<std::optional<double>(const char* host)> measure;
-    std::function<bool(double)> met;
+    // The goal is measured >= bound, or measured <= bound when not atLeast.
+    bool atLeast;
+    double bound;
     const char* unit;
+    bool exact = false;  // counted rather than timed: no noise
 };
+
+// Repetitions of one call on this kind of machine spread by a few percent, so a
+// figure that misses its bound by less than that says nothing either way.
+constexpr double kNoise = 0.05;
+
+const char* Verdict(const Goal& goal, double measured) {
+    const double margin = goal.atLeast ? measured / goal.bound : goal.bound / measured;
+    if (margin >= 1) return "met";
+    return !goal.exact && margin >= 1 - kNoise ? "within noise" : "MISSED";
+}
 
 void PrintGoals(std::ostream& out, const Lookup& lookup) {
     const std::string rotate30 = RotateTask(30);
     std::vector<Goal> goals{
         {"at least 10x faster than ImageMagick's RotateImage", rotate30,
          [&](const char* host) { return lookup.Ratio(lookup.Milliseconds(rotate30, kImageMagick), rotate30, host); },
-         [](double ratio) { return ratio >= 10; }, "x faster"},
+         true, 10, "x faster"},
         {"at least as fast as Leptonica's shear rotation", rotate30,
          [&](const char* host) { return lookup.Ratio(lookup.Milliseconds(rotate30, kLeptonica), rotate30, host); },
-         [](double ratio) { return ratio >= 1; }, "x faster"},
+         true, 1, "x faster"},
         {"within 2x of OpenCV's warpAffine", rotate30,
          [&](const char* host) {
              const std::optional<double> ratio = lookup.Ratio(lookup.Milliseconds(rotate30, kOpenCv), rotate30, host);
              return ratio ? std::optional(1 / *ratio) : std::nullopt;
          },
-         [](double slower) { return slower <= 2; }, "x OpenCV's time"},
+         false, 2, "x OpenCV's time"},
         {"within 3x of the memory floor of its passes", rotate30,
          [&](const char* host) {
              const std::optional<double> ratio = lookup.Ratio(lookup.Milliseconds(rotate30, kMemcpy), rotate30, host);
              return ratio ? std::optional(1 / *ratio) : std::nullopt;
          },
-         [](double slower) { return slower <= 3; }, "x memcpy's time"}};
+         false, 3, "x memcpy's time"}};
     for (const char* task : {kRotate90, kRotate180, kRotate270, kMirror, kHMirror, kVMirror})
         goals.push_back({"at least half the speed of memcpy of the same bytes", task,
                          [&, task](const char* host) {
                              return lookup.Ratio(lookup.Milliseconds(task, kMemcpy), task, host);
                          },
-                         [](double fraction) { return fraction >= 0.5; }, "of memcpy's speed"});
+                         true, 0.5, "of memcpy's speed"});
     for (const char* task : {kMirrorInPlace, kHMirrorInPlace, kVMirrorInPlace})
         goals.push_back({"at least as fast as memcpy of the picture", task,
                          [&, task](const char* host) {
                              return lookup.Ratio(lookup.Milliseconds(task, kMemcpy), task, host);
                          },
-                         [](double fraction) { return fraction >= 1; }, "of memcpy's speed"});
+                         true, 1, "of memcpy's speed"});
     for (const char* task : {kClone, kCloneToSize, kBitmap})
         goals.push_back({"no slower than the host's own copy", task,
                          [&, task](const char* host) {
                              return lookup.Ratio(lookup.HostCopyMilliseconds(task, host), task, host);
                          },
-                         [](double ratio) { return ratio >= 1; }, "x faster"});
+                         true, 1, "x faster"});
     for (double angle : kRotationAngles) {
         const std::string task = RotateTask(angle);
         goals.push_back({"peak memory within the pictures it makes, plus one row", task,
@@ -222,7 +235,7 @@ void PrintGoals(std::ostream& out, const Lookup& lookup) {
                              if (!heap || !allowed || *allowed <= 0) return std::nullopt;
                              return *heap / *allowed;
                          },
-                         [](double share) { return share <= 1; }, "of what is allowed"});
+                         false, 1, "of what is allowed", true});
     }
 
     std::vector<Row> rows{{"method", "host", "goal", "measured", "verdict"}};
@@ -231,9 +244,12 @@ void PrintGoals(std::ostream& out, const Lookup& lookup) {
             const std::optional<double> measured = goal.measure(host);
             rows.push_back({goal.task, host, goal.text,
                             measured ? Format("%.2f", *measured) + " " + goal.unit : "no data",
-                            !measured ? "-" : goal.met(*measured) ? "met" : "MISSED"});
+                            !measured ? "-" : Verdict(goal, *measured)});
         }
-    PrintTable(out, "Goals (4000 x 3000, one thread, same run)", rows, 3);
+    PrintTable(out,
+               "Goals (4000 x 3000, one thread, same run; within noise: missed by less than " +
+                   Format("%.0f", kNoise * 100) + "%)",
+               rows, 3);
 }
 
 }  // namespace
