@@ -137,7 +137,7 @@ void PictureStore::Fill(Rgba pixel) {
         std::fill(drawing_.begin(), drawing_.end(), pixel);
         return;
     }
-    if (height_ <= 0) return;
+    if (width_ < 0 || height_ <= 0) return;
     const size_t rowLength = static_cast<size_t>(width_) * BytesPerPixel();
     // A world's row padding holds no pixel; it is kept at zero.
     const size_t padding = world_ != nullptr ? static_cast<size_t>(worldRowBytes_) - rowLength : 0;

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "QuickDraw.h"
 #include "system_state.h"
@@ -147,7 +148,8 @@ GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowByte
     static uintptr_t serial = 0;
     const uintptr_t token = 0x10000000u + ++serial * 16u;
     const size_t size = static_cast<size_t>(rowBytes) * static_cast<size_t>(height);
-    Worlds().emplace(token, World{width, height, depth, rowBytes, std::unique_ptr<uint8_t[], FreePixels>(new (kPixelAlignment) uint8_t[size])});
+    std::unique_ptr<uint8_t[], FreePixels> pixels(new (kPixelAlignment) uint8_t[size]);
+    Worlds().emplace(token, World{width, height, depth, rowBytes, std::move(pixels)});
     return reinterpret_cast<GWorldPtr>(token);
 }
 
