@@ -18,8 +18,8 @@ struct Job {
     // Does the task once and frees what it made; false when it could not (a
     // method not built yet answers nil).
     std::function<bool()> run;
-    // The heap the task may claim by its specification: the pictures alive at its
-    // peak as the host makes them, plus one row. Unset for peers and floors.
+    // The heap the task may claim: the pictures its method must have alive at
+    // once at its peak, as the host makes them, plus one row. Unset for peers and floors.
     std::function<int64_t()> allowedBytes;
 };
 

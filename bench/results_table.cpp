@@ -161,7 +161,7 @@ void PrintMemory(std::ostream& out, const Lookup& lookup) {
         }
     PrintTable(out,
                "Peak memory of one call, MiB above the level at its start (allowed: the host pictures the method is "
-               "specified to have alive at once, as this host makes them, plus one row; peers: peak heap)",
+               "bound to have alive at once, as this host makes them, plus one row; peers: peak heap)",
                rows);
 }
 

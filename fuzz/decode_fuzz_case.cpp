@@ -115,8 +115,8 @@ int32_t DecodeSide(ByteReader& in) {
     return side % (kSmallSide + 1);
 }
 
-PictureSpec DecodePicture(ByteReader& in, simhost::Storage storage, int32_t width, int32_t height) {
-    PictureSpec picture{storage, width, height, {}, 0, std::nullopt};
+PictureRecipe DecodePicture(ByteReader& in, simhost::Storage storage, int32_t width, int32_t height) {
+    PictureRecipe picture{storage, width, height, {}, 0, std::nullopt};
     if (in.Byte() & 1) {
         picture.pixels.resize(static_cast<size_t>(width) * height);
         for (simhost::Rgba& pixel : picture.pixels) pixel = {in.Byte(), in.Byte(), in.Byte(), in.Byte()};

@@ -116,7 +116,7 @@ bool IsWorldOfDepth24Or32(Storage storage) { return storage == Storage::GWorld32
 // else those of the copy the host draws into a new picture, which desktop hosts
 // make and console and web hosts don't. Nothing where the picture can't be read
 // (a host bitmap whose record is malformed is refused, but the host still draws it).
-std::optional<Image> AsRead(const simhost::HostConfig& config, const PictureSpec& picture, const Image& pixels) {
+std::optional<Image> AsRead(const simhost::HostConfig& config, const PictureRecipe& picture, const Image& pixels) {
     const Storage newPictures = NewPictureStorage(config);
     if (config.kind != HostKind::Desktop) {
         if (picture.storage == Storage::HostBitmap && !picture.defect) return pixels;
@@ -208,7 +208,7 @@ std::optional<Expected> ModelRotateImageAndMask(const FuzzCase& fuzzCase, const 
 std::string CompareRotation(SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
                             REALpicture result) {
     if (!RotationModelled(fuzzCase)) return {};
-    const auto read = [&](const PictureSpec& picture, const Image& pixels) {
+    const auto read = [&](const PictureRecipe& picture, const Image& pixels) {
         return IsWholeTurns(fuzzCase.angle) ? std::optional(pixels) : AsRead(fuzzCase.host, picture, pixels);
     };
     const std::optional<Image> source = read(*fuzzCase.receiver, *before.picture);

@@ -22,7 +22,7 @@ enum class Method {
 };
 inline constexpr int kMethodCount = 15;
 
-struct PictureSpec {
+struct PictureRecipe {
     simhost::Storage storage = simhost::Storage::GWorld32;
     int32_t width = 0;
     int32_t height = 0;
@@ -35,8 +35,8 @@ struct PictureSpec {
 
 struct FuzzCase {
     simhost::HostConfig host;
-    std::optional<PictureSpec> receiver;  // nullopt: the receiver is nil
-    std::optional<PictureSpec> mask;
+    std::optional<PictureRecipe> receiver;  // nullopt: the receiver is nil
+    std::optional<PictureRecipe> mask;
     Method method = Method::Rotate;
     double angle = 0.0;
     uint32_t background = 0;

@@ -30,12 +30,12 @@ using test_support::Image;
     std::abort();
 }
 
-REALpicture MakePicture(SimulatedHost& host, const PictureSpec& spec) {
-    REALpicture picture = host.MakePicture(spec.storage, spec.width, spec.height);
+REALpicture MakePicture(SimulatedHost& host, const PictureRecipe& recipe) {
+    REALpicture picture = host.MakePicture(recipe.storage, recipe.width, recipe.height);
     if (picture == nullptr) return nullptr;
-    if (spec.pixels.empty()) test_support::FillRandom(host, picture, spec.seed);
-    else test_support::WriteImage(host, picture, Image{spec.width, spec.height, spec.pixels});
-    if (spec.defect) host.MalformRecord(picture, *spec.defect);
+    if (recipe.pixels.empty()) test_support::FillRandom(host, picture, recipe.seed);
+    else test_support::WriteImage(host, picture, Image{recipe.width, recipe.height, recipe.pixels});
+    if (recipe.defect) host.MalformRecord(picture, *recipe.defect);
     return picture;
 }
 

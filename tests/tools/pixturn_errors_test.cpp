@@ -61,8 +61,8 @@ TEST_P(BadInputs, OneLineNoOutput) {
     const ScratchDirectory dir;
     WriteRgbaPng(dir / "good.png", RandomPixels(6, 4, 1));
     WriteRgbaPng(dir / "small.png", RandomPixels(3, 3, 2));
-    WritePng(dir / "wide.png", PngSpec(32767, 4, PNG_COLOR_TYPE_GRAY, 1, std::vector<uint8_t>(4 * 4096, 0x0F)));
-    const PngSpec huge(40000, 1, PNG_COLOR_TYPE_GRAY, 1, std::vector<uint8_t>(5000, 0x55));
+    WritePng(dir / "wide.png", PngContents(32767, 4, PNG_COLOR_TYPE_GRAY, 1, std::vector<uint8_t>(4 * 4096, 0x0F)));
+    const PngContents huge(40000, 1, PNG_COLOR_TYPE_GRAY, 1, std::vector<uint8_t>(5000, 0x55));
     WritePng(dir / "huge.png", huge);
     const std::string png = ReadText(dir / "good.png");
     WriteText(dir / "corrupt.png", png.substr(0, png.size() / 2));

@@ -218,13 +218,13 @@ TEST(PixturnAlpha, DesktopKeepsEveryValueAndConsoleKeepsSevenBits) {
 // Every kind of PNG the command reads, against the RGBA it must give.
 struct PngCase {
     const char* name;
-    PngSpec spec;
+    PngContents contents;
     std::vector<Rgba> expected;
 };
 
 std::vector<PngCase> PngCases() {
     const Pixels random = RandomPixels(9, 7, 9);
-    PngSpec interlaced(9, 7, PNG_COLOR_TYPE_RGBA, 8);
+    PngContents interlaced(9, 7, PNG_COLOR_TYPE_RGBA, 8);
     interlaced.interlaced = true;
     for (const Rgba& p : random.rgba) interlaced.rows.insert(interlaced.rows.end(), {p.r, p.g, p.b, p.a});
     return {
@@ -250,7 +250,7 @@ class PngKinds : public testing::TestWithParam<PngCase> {};
 
 TEST_P(PngKinds, ReadAsRgbaWithAlphaAsTheFourthChannel) {
     const ScratchDirectory dir;
-    WritePng(dir / "in.png", GetParam().spec);
+    WritePng(dir / "in.png", GetParam().contents);
     const RunResult run = RunPixturn({"clone", dir / "in.png", "-o", dir / "out.png"});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(ReadPng(dir / "out.png").pixels.rgba, GetParam().expected);

@@ -61,28 +61,28 @@ Pixels RandomPixels(int32_t width, int32_t height, uint32_t seed) {
 }
 
 // libpng's default error handler aborts, which is enough for files the tests make.
-void WritePng(const std::string& path, const PngSpec& spec) {
+void WritePng(const std::string& path, const PngContents& contents) {
     FILE* file = std::fopen(path.c_str(), "wb");
     if (file == nullptr) throw std::runtime_error("cannot write " + path);
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     png_init_io(png, file);
-    png_set_IHDR(png, info, static_cast<png_uint_32>(spec.width), static_cast<png_uint_32>(spec.height), spec.bitDepth,
-                 spec.colourType, spec.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
+    png_set_IHDR(png, info, static_cast<png_uint_32>(contents.width), static_cast<png_uint_32>(contents.height), contents.bitDepth,
+                 contents.colourType, contents.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (!spec.palette.empty()) {
+    if (!contents.palette.empty()) {
         std::vector<png_color> colours;
-        for (size_t i = 0; i + 2 < spec.palette.size(); i += 3)
-            colours.push_back({spec.palette[i], spec.palette[i + 1], spec.palette[i + 2]});
+        for (size_t i = 0; i + 2 < contents.palette.size(); i += 3)
+            colours.push_back({contents.palette[i], contents.palette[i + 1], contents.palette[i + 2]});
         png_set_PLTE(png, info, colours.data(), static_cast<int>(colours.size()));
     }
-    if (!spec.paletteAlpha.empty()) {
-        png_set_tRNS(png, info, spec.paletteAlpha.data(), static_cast<int>(spec.paletteAlpha.size()), nullptr);
+    if (!contents.paletteAlpha.empty()) {
+        png_set_tRNS(png, info, contents.paletteAlpha.data(), static_cast<int>(contents.paletteAlpha.size()), nullptr);
     }
     png_write_info(png, info);
-    const size_t rowBytes = spec.rows.size() / static_cast<size_t>(spec.height);
+    const size_t rowBytes = contents.rows.size() / static_cast<size_t>(contents.height);
     std::vector<png_bytep> rows;
-    for (int32_t y = 0; y < spec.height; ++y) rows.push_back(const_cast<png_bytep>(&spec.rows[y * rowBytes]));
+    for (int32_t y = 0; y < contents.height; ++y) rows.push_back(const_cast<png_bytep>(&contents.rows[y * rowBytes]));
     png_write_image(png, rows.data());
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
@@ -90,9 +90,9 @@ void WritePng(const std::string& path, const PngSpec& spec) {
 }
 
 void WriteRgbaPng(const std::string& path, const Pixels& pixels) {
-    PngSpec spec(pixels.width, pixels.height, PNG_COLOR_TYPE_RGBA, 8);
-    for (const simhost::Rgba& p : pixels.rgba) spec.rows.insert(spec.rows.end(), {p.r, p.g, p.b, p.a});
-    WritePng(path, spec);
+    PngContents contents(pixels.width, pixels.height, PNG_COLOR_TYPE_RGBA, 8);
+    for (const simhost::Rgba& p : pixels.rgba) contents.rows.insert(contents.rows.end(), {p.r, p.g, p.b, p.a});
+    WritePng(path, contents);
 }
 
 ReadBack ReadPng(const std::string& path) {

@@ -49,8 +49,8 @@ struct Pixels {
 Pixels RandomPixels(int32_t width, int32_t height, uint32_t seed);
 
 // A PNG of any colour type and bit depth from its packed row bytes.
-struct PngSpec {
-    PngSpec(int32_t w, int32_t h, int type, int depth, std::vector<uint8_t> packedRows = {},
+struct PngContents {
+    PngContents(int32_t w, int32_t h, int type, int depth, std::vector<uint8_t> packedRows = {},
             std::vector<uint8_t> rgbPalette = {}, std::vector<uint8_t> alphas = {})
         : width(w), height(h), colourType(type), bitDepth(depth), rows(std::move(packedRows)),
           palette(std::move(rgbPalette)), paletteAlpha(std::move(alphas)) {}
@@ -63,7 +63,7 @@ struct PngSpec {
     std::vector<uint8_t> palette;  // R, G, B per entry
     std::vector<uint8_t> paletteAlpha;
 };
-void WritePng(const std::string& path, const PngSpec& spec);
+void WritePng(const std::string& path, const PngContents& contents);
 void WriteRgbaPng(const std::string& path, const Pixels& pixels);
 
 // Reads a PNG as 8-bit RGBA; `grey` tells whether the file itself is grey
