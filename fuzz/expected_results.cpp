@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <sstream>
 #include <utility>
 
@@ -26,43 +25,22 @@ using test_support::Image;
 constexpr double kLargestModelledAngle = 1e6;
 constexpr uint32_t kAllOnesBackground = 0xFFFFFFFF;
 
-// Destination (x, y) of a width x height picture comes from source pixel from(x, y).
-Image Remap(const Image& source, int32_t width, int32_t height,
-            const std::function<std::pair<int32_t, int32_t>(int32_t, int32_t)>& from) {
-    Image result{width, height, std::vector<Rgba>(static_cast<size_t>(width) * height)};
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            const auto [sx, sy] = from(x, y);
-            result.at(x, y) = source.at(sx, sy);
-        }
-    return result;
-}
-
 // The mirrors and turns that move pixels without changing them.
 std::optional<Image> Rearranged(Method method, const Image& source) {
-    const int32_t w = source.width;
-    const int32_t h = source.height;
-    using Position = std::pair<int32_t, int32_t>;
+    using test_support::Rearrangement;
     switch (method) {
     case Method::Mirror:
     case Method::MirrorInPlace:
-    case Method::Rotate180:
-        return Remap(source, w, h, [&](int32_t x, int32_t y) { return Position{w - 1 - x, h - 1 - y}; });
+    case Method::Rotate180: return test_support::Rearranged(source, Rearrangement::BothWays);
     case Method::HMirror:
-    case Method::HMirrorInPlace:
-        return Remap(source, w, h, [&](int32_t x, int32_t y) { return Position{w - 1 - x, y}; });
+    case Method::HMirrorInPlace: return test_support::Rearranged(source, Rearrangement::LeftRight);
     case Method::VMirror:
-    case Method::VMirrorInPlace:
-        return Remap(source, w, h, [&](int32_t x, int32_t y) { return Position{x, h - 1 - y}; });
-    case Method::Rotate90:
-        return Remap(source, h, w, [&](int32_t x, int32_t y) { return Position{w - 1 - y, x}; });
-    case Method::Rotate270:
-        return Remap(source, h, w, [&](int32_t x, int32_t y) { return Position{y, h - 1 - x}; });
+    case Method::VMirrorInPlace: return test_support::Rearranged(source, Rearrangement::TopBottom);
+    case Method::Rotate90: return test_support::Rearranged(source, Rearrangement::QuarterAnticlockwise);
+    case Method::Rotate270: return test_support::Rearranged(source, Rearrangement::QuarterClockwise);
     case Method::Clone:
-    case Method::Bitmap:
-        return source;
-    default:
-        return std::nullopt;
+    case Method::Bitmap: return source;
+    default: return std::nullopt;
     }
 }
 
@@ -100,7 +78,10 @@ std::string CompareOverlap(const Image& actual, const Image& expected) {
     const int32_t width = std::min(actual.width, expected.width);
     const int32_t height = std::min(actual.height, expected.height);
     auto crop = [&](const Image& image) {
-        return Remap(image, width, height, [](int32_t x, int32_t y) { return std::pair{x, y}; });
+        Image part{width, height, {}};
+        for (int32_t y = 0; y < height; ++y)
+            for (int32_t x = 0; x < width; ++x) part.pixels.push_back(image.at(x, y));
+        return part;
     };
     return Describe(crop(actual), crop(expected));
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "simhost/simulated_host.h"
+#include "tests/harness/plugin_bench.h"
 #include "tests/support/pictures.h"
 
 using simhost::HostKind;
@@ -25,44 +26,34 @@ const HostCase kHostCases[] = {
 };
 
 simhost::HostConfig ConfigFor(HostKind kind) {
-    simhost::HostConfig config;
-    config.kind = kind;
+    simhost::HostConfig config = test_support::ConfigFor(kind);
     config.newPictureFill = 0x80402010;
     return config;
 }
 
-class CopyMethodsTest : public ::testing::TestWithParam<HostCase> {
+class CopyMethodsTest : public ::testing::TestWithParam<HostCase>, protected test_support::PluginBench {
 protected:
-    CopyMethodsTest() : host_(ConfigFor(GetParam().kind)), plugin_(host_, simhost::DefaultPluginPath()) {
-        source_ = host_.MakePicture(GetParam().storage, 9, 6);
-        test_support::FillRandom(host_, source_, 11);
+    CopyMethodsTest() : PluginBench(ConfigFor(GetParam().kind)) {
+        source_ = RandomPicture(GetParam().storage, 9, 6, 11);
     }
-    ~CopyMethodsTest() override { host_.Release(source_); }
+    ~CopyMethodsTest() override { host.Release(source_); }
 
-    void ExpectBalanced(REALpicture result) {
-        EXPECT_EQ(host_.LedgerProblems(result ? std::vector<REALpicture>{result} : std::vector<REALpicture>{}),
-                  std::vector<std::string>{});
-        if (result != nullptr) host_.Release(result);
-    }
-
-    simhost::SimulatedHost host_;
-    simhost::PluginLibrary plugin_;
     REALpicture source_ = nullptr;
 };
 
 TEST_P(CopyMethodsTest, CloneHoldsTheSamePixels) {
-    REALpicture clone = plugin_.Call<REALpicture>("CloneQLM", source_);
+    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source_);
     ASSERT_NE(clone, nullptr);
     EXPECT_NE(clone, source_);
-    EXPECT_EQ(test_support::ReadImage(host_, clone), test_support::ReadImage(host_, source_));
-    ExpectBalanced(clone);
+    EXPECT_EQ(test_support::ReadImage(host, clone), test_support::ReadImage(host, source_));
+    ExpectBalancedAndRelease({clone});
 }
 
 TEST_P(CopyMethodsTest, CloneToALargerSizeKeepsTheSourceUnscaledAtTheTopLeft) {
-    REALpicture clone = plugin_.Call<REALpicture>("CloneQLM", source_, int32_t{18}, int32_t{12});
+    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source_, int32_t{18}, int32_t{12});
     ASSERT_NE(clone, nullptr);
-    const Image source = test_support::ReadImage(host_, source_);
-    const Image copy = test_support::ReadImage(host_, clone);
+    const Image source = test_support::ReadImage(host, source_);
+    const Image copy = test_support::ReadImage(host, clone);
     ASSERT_EQ(copy.width, 18);
     ASSERT_EQ(copy.height, 12);
     const Rgba fill{0x40, 0x20, 0x10, 0x80};  // the host's fill of new pictures, 0x80402010
@@ -73,42 +64,42 @@ TEST_P(CopyMethodsTest, CloneToALargerSizeKeepsTheSourceUnscaledAtTheTopLeft) {
             else
                 ASSERT_EQ(copy.at(x, y), fill) << "untouched pixels keep the host's fill";
         }
-    ExpectBalanced(clone);
+    ExpectBalancedAndRelease({clone});
 }
 
 TEST_P(CopyMethodsTest, CloneToASmallerSizeHoldsTheTopLeftPart) {
-    REALpicture clone = plugin_.Call<REALpicture>("CloneQLM", source_, int32_t{4}, int32_t{3});
+    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source_, int32_t{4}, int32_t{3});
     ASSERT_NE(clone, nullptr);
-    const Image source = test_support::ReadImage(host_, source_);
-    const Image copy = test_support::ReadImage(host_, clone);
+    const Image source = test_support::ReadImage(host, source_);
+    const Image copy = test_support::ReadImage(host, clone);
     for (int32_t y = 0; y < 3; ++y)
         for (int32_t x = 0; x < 4; ++x) ASSERT_EQ(copy.at(x, y), source.at(x, y));
-    ExpectBalanced(clone);
+    ExpectBalancedAndRelease({clone});
 }
 
 TEST_P(CopyMethodsTest, CloneToAnEmptySizeIsNil) {
     for (auto [w, h] : {std::pair{0, 5}, {5, 0}, {-1, 5}, {5, -7}})
-        EXPECT_EQ(plugin_.Call<REALpicture>("CloneQLM", source_, int32_t(w), int32_t(h)), nullptr);
-    EXPECT_EQ(plugin_.Call<REALpicture>("CloneQLM", nullptr), nullptr);
-    EXPECT_EQ(plugin_.Call<REALpicture>("CloneQLM", nullptr, int32_t{3}, int32_t{3}), nullptr);
-    ExpectBalanced(nullptr);
+        EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", source_, int32_t(w), int32_t(h)), nullptr);
+    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", nullptr), nullptr);
+    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", nullptr, int32_t{3}, int32_t{3}), nullptr);
+    ExpectBalancedAndRelease({});
 }
 
 TEST_P(CopyMethodsTest, BitmapIsTheReceiverWhenItAlreadyIsOne) {
-    REALpicture bitmap = plugin_.Call<REALpicture>("BitmapQLM", source_);
+    REALpicture bitmap = plugin.Call<REALpicture>("BitmapQLM", source_);
     const Storage storage = GetParam().storage;
     if (storage == Storage::GWorld32 || storage == Storage::VectorOnly || storage == Storage::HostBitmap) {
         EXPECT_EQ(bitmap, source_);
-        EXPECT_EQ(host_.References(source_), 2);
-        host_.Release(bitmap);
-        ExpectBalanced(nullptr);
+        EXPECT_EQ(host.References(source_), 2);
+        host.Release(bitmap);
+        ExpectBalancedAndRelease({});
         return;
     }
     ASSERT_NE(bitmap, nullptr);
     EXPECT_NE(bitmap, source_);
-    EXPECT_EQ(host_.StorageOf(bitmap), Storage::GWorld32);
-    EXPECT_EQ(test_support::ReadImage(host_, bitmap), test_support::ReadImage(host_, source_));
-    ExpectBalanced(bitmap);
+    EXPECT_EQ(host.StorageOf(bitmap), Storage::GWorld32);
+    EXPECT_EQ(test_support::ReadImage(host, bitmap), test_support::ReadImage(host, source_));
+    ExpectBalancedAndRelease({bitmap});
 }
 
 INSTANTIATE_TEST_SUITE_P(HostsAndStorage, CopyMethodsTest, ::testing::ValuesIn(kHostCases),
@@ -145,27 +136,21 @@ class CopyFaultTest : public ::testing::TestWithParam<FaultCase> {};
 TEST_P(CopyFaultTest, EveryMethodLeavesTheLedgerBalanced) {
     simhost::HostConfig config = ConfigFor(GetParam().kind);
     GetParam().configure(config);
-    simhost::SimulatedHost host(config);
-    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    test_support::PluginBench bench(config);
     const Storage storage = GetParam().kind == HostKind::Desktop ? Storage::GWorld24 : Storage::HostBitmap;
-    REALpicture source = host.MakePicture(storage, 5, 4);
-    test_support::FillRandom(host, source, 3);
+    REALpicture source = bench.RandomPicture(storage, 5, 4, 3);
 
-    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source);
+    REALpicture clone = bench.plugin.Call<REALpicture>("CloneQLM", source);
     EXPECT_EQ(clone != nullptr, GetParam().cloneSucceeds);
-    EXPECT_EQ(host.LedgerProblems(clone ? std::vector{clone} : std::vector<REALpicture>{}), std::vector<std::string>{});
-    if (clone) host.Release(clone);
+    bench.ExpectBalancedAndRelease({clone});
 
     // One call at a time: the ledger must see each result alone.
     for (bool sized : {true, false}) {
-        REALpicture result = sized ? plugin.Call<REALpicture>("CloneQLM", source, int32_t{7}, int32_t{2})
-                                   : plugin.Call<REALpicture>("BitmapQLM", source);
-        EXPECT_EQ(host.LedgerProblems(result ? std::vector{result} : std::vector<REALpicture>{}),
-                  std::vector<std::string>{});
-        if (result) host.Release(result);
+        bench.ExpectBalancedAndRelease({sized ? bench.plugin.Call<REALpicture>("CloneQLM", source, int32_t{7}, int32_t{2})
+                                              : bench.plugin.Call<REALpicture>("BitmapQLM", source)});
     }
-    host.Release(source);
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+    bench.host.Release(source);
+    bench.ExpectBalancedAndRelease({});
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, CopyFaultTest, ::testing::ValuesIn(kFaultCases),

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "simhost/simulated_host.h"
+#include "tests/harness/plugin_bench.h"
 #include "tests/support/pictures.h"
 
 using simhost::HostKind;
@@ -18,33 +19,25 @@ using test_support::Image;
 
 namespace {
 
-// Where pixel (X, Y) of the result comes from in a w x h receiver.
-using Position = std::pair<int32_t, int32_t>;
-using SourceOf = Position (*)(int32_t X, int32_t Y, int32_t w, int32_t h);
-Position BothWays(int32_t X, int32_t Y, int32_t w, int32_t h) { return {w - 1 - X, h - 1 - Y}; }
-Position LeftRight(int32_t X, int32_t Y, int32_t w, int32_t) { return {w - 1 - X, Y}; }
-Position TopBottom(int32_t X, int32_t Y, int32_t, int32_t h) { return {X, h - 1 - Y}; }
-Position QuarterAnticlockwise(int32_t X, int32_t Y, int32_t w, int32_t) { return {w - 1 - Y, X}; }
-Position QuarterClockwise(int32_t X, int32_t Y, int32_t, int32_t h) { return {Y, h - 1 - X}; }
+using test_support::Rearrangement;
 
 struct MethodCase {
     const char* name;
     bool inPlace;
-    bool exchangesSides;
-    SourceOf source;
+    Rearrangement rearrangement;
     const char* undoneBy;
 };
 
 const MethodCase kMethods[] = {
-    {"MirrorQLM", false, false, BothWays, "MirrorQLM"},
-    {"HMirrorQLM", false, false, LeftRight, "HMirrorQLM"},
-    {"VMirrorQLM", false, false, TopBottom, "VMirrorQLM"},
-    {"Rotate180QLM", false, false, BothWays, "Rotate180QLM"},
-    {"Rotate90QLM", false, true, QuarterAnticlockwise, "Rotate270QLM"},
-    {"Rotate270QLM", false, true, QuarterClockwise, "Rotate90QLM"},
-    {"MirrorPictureQLM", true, false, BothWays, "MirrorPictureQLM"},
-    {"HMirrorPictureQLM", true, false, LeftRight, "HMirrorPictureQLM"},
-    {"VMirrorPictureQLM", true, false, TopBottom, "VMirrorPictureQLM"},
+    {"MirrorQLM", false, Rearrangement::BothWays, "MirrorQLM"},
+    {"HMirrorQLM", false, Rearrangement::LeftRight, "HMirrorQLM"},
+    {"VMirrorQLM", false, Rearrangement::TopBottom, "VMirrorQLM"},
+    {"Rotate180QLM", false, Rearrangement::BothWays, "Rotate180QLM"},
+    {"Rotate90QLM", false, Rearrangement::QuarterAnticlockwise, "Rotate270QLM"},
+    {"Rotate270QLM", false, Rearrangement::QuarterClockwise, "Rotate90QLM"},
+    {"MirrorPictureQLM", true, Rearrangement::BothWays, "MirrorPictureQLM"},
+    {"HMirrorPictureQLM", true, Rearrangement::LeftRight, "HMirrorPictureQLM"},
+    {"VMirrorPictureQLM", true, Rearrangement::TopBottom, "VMirrorPictureQLM"},
 };
 
 const MethodCase& MethodNamed(const std::string& name) {
@@ -54,14 +47,7 @@ const MethodCase& MethodNamed(const std::string& name) {
 }
 
 Image Model(const Image& from, const MethodCase& method) {
-    Image to{method.exchangesSides ? from.height : from.width, method.exchangesSides ? from.width : from.height,
-             from.pixels};
-    for (int32_t Y = 0; Y < to.height; ++Y)
-        for (int32_t X = 0; X < to.width; ++X) {
-            const auto [x, y] = method.source(X, Y, from.width, from.height);
-            to.at(X, Y) = from.at(x, y);
-        }
-    return to;
+    return test_support::Rearranged(from, method.rearrangement);
 }
 
 // The new picture (one reference, the caller's), or the receiver itself when an
@@ -69,13 +55,6 @@ Image Model(const Image& from, const MethodCase& method) {
 REALpicture Apply(const simhost::PluginLibrary& plugin, const MethodCase& method, REALpicture receiver) {
     if (!method.inPlace) return plugin.Call<REALpicture>(method.name, receiver);
     return plugin.Call<bool>(method.name, receiver) ? receiver : nullptr;
-}
-
-// Checks the ledger with the plug-in's new pictures as the ones handed out, then
-// drops them.
-void ExpectBalancedAndRelease(simhost::SimulatedHost& host, const std::vector<REALpicture>& made) {
-    EXPECT_EQ(host.LedgerProblems(made), std::vector<std::string>{});
-    for (REALpicture picture : made) host.Release(picture);
 }
 
 struct HostCase {
@@ -90,66 +69,52 @@ const HostCase kHosts[] = {
     {HostKind::Web, Storage::HostBitmap, "Web"},
 };
 
-simhost::HostConfig ConfigFor(HostKind kind) {
-    simhost::HostConfig config;
-    config.kind = kind;
-    return config;
-}
-
-class MirrorTurnTest : public ::testing::TestWithParam<std::tuple<HostCase, MethodCase>> {
+class MirrorTurnTest : public ::testing::TestWithParam<std::tuple<HostCase, MethodCase>>,
+                       protected test_support::PluginBench {
 protected:
-    MirrorTurnTest() : host_(ConfigFor(Host().kind)), plugin_(host_, simhost::DefaultPluginPath()) {}
+    MirrorTurnTest() : PluginBench(Host().kind) {}
     static const HostCase& Host() { return std::get<0>(GetParam()); }
     static const MethodCase& Method() { return std::get<1>(GetParam()); }
     // A 16-bit world can be read through a copy but not written in place.
     static bool Succeeds() { return !(Method().inPlace && Host().storage == Storage::GWorld16); }
-
-    REALpicture MakeRandom(int32_t width, int32_t height, uint32_t seed) {
-        REALpicture picture = host_.MakePicture(Host().storage, width, height);
-        test_support::FillRandom(host_, picture, seed);
-        return picture;
-    }
 
     // Runs the method on a random picture with a mask. A result must be the model
     // of the receiver, have no mask of its own, and be undone by the inverse method;
     // the receiver (unless changed in place) and its mask stay as they were.
     void ExpectModelled(int32_t width, int32_t height, bool succeeds) {
         SCOPED_TRACE(::testing::Message() << width << " x " << height);
-        REALpicture receiver = MakeRandom(width, height, uint32_t(width * 7919 + height));
-        REALpicture mask = MakeRandom(width, height, 5);
-        host_.SetMask(receiver, mask);
-        host_.Release(mask);
-        const Image before = test_support::ReadImage(host_, receiver);
-        const Image maskBefore = test_support::ReadImage(host_, mask);
+        REALpicture receiver = RandomPicture(Host().storage, width, height, uint32_t(width * 7919 + height));
+        REALpicture mask = RandomPicture(Host().storage, width, height, 5);
+        host.SetMask(receiver, mask);
+        host.Release(mask);
+        const Image before = test_support::ReadImage(host, receiver);
+        const Image maskBefore = test_support::ReadImage(host, mask);
 
         std::vector<REALpicture> made;
-        REALpicture result = Apply(plugin_, Method(), receiver);
+        REALpicture result = Apply(plugin, Method(), receiver);
         EXPECT_EQ(result != nullptr, succeeds);
         if (result != nullptr) {
-            EXPECT_EQ(test_support::ReadImage(host_, result), Model(before, Method()));
-            REALpicture restored = Apply(plugin_, MethodNamed(Method().undoneBy), result);
+            EXPECT_EQ(test_support::ReadImage(host, result), Model(before, Method()));
+            REALpicture restored = Apply(plugin, MethodNamed(Method().undoneBy), result);
             ASSERT_NE(restored, nullptr);
-            EXPECT_EQ(test_support::ReadImage(host_, restored), before);
+            EXPECT_EQ(test_support::ReadImage(host, restored), before);
             for (REALpicture picture : {result, restored})
                 if (picture != receiver) {
                     made.push_back(picture);
-                    EXPECT_EQ(host_.MaskOf(picture), nullptr);
+                    EXPECT_EQ(host.MaskOf(picture), nullptr);
                 }
         }
-        EXPECT_EQ(test_support::ReadImage(host_, receiver), before);
-        EXPECT_EQ(host_.MaskOf(receiver), mask);
-        EXPECT_EQ(test_support::ReadImage(host_, mask), maskBefore);
-        ExpectBalancedAndRelease(host_, made);
-        host_.Release(receiver);
+        EXPECT_EQ(test_support::ReadImage(host, receiver), before);
+        EXPECT_EQ(host.MaskOf(receiver), mask);
+        EXPECT_EQ(test_support::ReadImage(host, mask), maskBefore);
+        ExpectBalancedAndRelease(made);
+        host.Release(receiver);
     }
-
-    simhost::SimulatedHost host_;
-    simhost::PluginLibrary plugin_;
 };
 
 TEST_P(MirrorTurnTest, EveryPixelGoesWhereTheModelSays) {
     for (auto [w, h] : {std::pair{1, 1}, {1, 7}, {9, 1}, {5, 3}, {4, 6}, {37, 70}}) ExpectModelled(w, h, Succeeds());
-    EXPECT_EQ(Apply(plugin_, Method(), nullptr), nullptr);
+    EXPECT_EQ(Apply(plugin, Method(), nullptr), nullptr);
 }
 
 TEST_P(MirrorTurnTest, NewPicturesHaveSidesUpTo32767AndInPlaceMirrorsNoLimit) {
@@ -164,8 +129,8 @@ INSTANTIATE_TEST_SUITE_P(HostsAndMethods, MirrorTurnTest,
                          });
 
 TEST(MirrorTurnExamples, ThreeByTwoTurnsAndMirrorEqualsHalfTurn) {
-    simhost::SimulatedHost host(ConfigFor(HostKind::Desktop));
-    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    test_support::PluginBench bench(HostKind::Desktop);
+    simhost::SimulatedHost& host = bench.host;
     const simhost::Rgba a{1, 2, 3, 255}, b{4, 5, 6, 255}, c{7, 8, 9, 255}, d{10, 11, 12, 255}, e{13, 14, 15, 255},
         f{16, 17, 18, 255};
     REALpicture picture = host.MakePicture(Storage::GWorld32, 3, 2);
@@ -177,10 +142,10 @@ TEST(MirrorTurnExamples, ThreeByTwoTurnsAndMirrorEqualsHalfTurn) {
         {"Rotate270QLM", {2, 3, {d, a, e, b, f, c}}},
     };
     for (const auto& [name, image] : expected) {
-        REALpicture turned = plugin.Call<REALpicture>(name, picture);
+        REALpicture turned = bench.plugin.Call<REALpicture>(name, picture);
         ASSERT_NE(turned, nullptr) << name;
         EXPECT_EQ(test_support::ReadImage(host, turned), image) << name;
-        ExpectBalancedAndRelease(host, {turned});
+        bench.ExpectBalancedAndRelease({turned});
     }
     host.Release(picture);
 }
@@ -214,23 +179,22 @@ const FaultCase kFaults[] = {
 class MirrorTurnFaultTest : public ::testing::TestWithParam<FaultCase> {};
 
 TEST_P(MirrorTurnFaultTest, EveryMethodFailsCleanlyOrIsRight) {
-    simhost::HostConfig config = ConfigFor(GetParam().kind);
+    simhost::HostConfig config = test_support::ConfigFor(GetParam().kind);
     GetParam().configure(config);
-    simhost::SimulatedHost host(config);
-    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
+    test_support::PluginBench bench(config);
+    simhost::SimulatedHost& host = bench.host;
     const Storage storage = GetParam().kind == HostKind::Desktop ? Storage::GWorld32 : Storage::HostBitmap;
-    REALpicture receiver = host.MakePicture(storage, 5, 4);
-    test_support::FillRandom(host, receiver, 4);
+    REALpicture receiver = bench.RandomPicture(storage, 5, 4, 4);
     for (const MethodCase& method : kMethods) {
         SCOPED_TRACE(method.name);
         const Image before = test_support::ReadImage(host, receiver);
-        REALpicture result = Apply(plugin, method, receiver);
+        REALpicture result = Apply(bench.plugin, method, receiver);
         EXPECT_EQ(result != nullptr, method.inPlace ? GetParam().inPlace : GetParam().newPictures);
         EXPECT_EQ(test_support::ReadImage(host, result ? result : receiver), result ? Model(before, method) : before);
-        ExpectBalancedAndRelease(host, method.inPlace || !result ? std::vector<REALpicture>{} : std::vector{result});
+        bench.ExpectBalancedAndRelease({method.inPlace ? nullptr : result});
     }
     host.Release(receiver);
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
+    bench.ExpectBalancedAndRelease({});
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, MirrorTurnFaultTest, ::testing::ValuesIn(kFaults),

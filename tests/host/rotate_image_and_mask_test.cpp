@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "simhost/simulated_host.h"
+#include "tests/harness/plugin_bench.h"
 #include "tests/support/pictures.h"
 #include "tests/support/rotation_model.h"
 
@@ -18,14 +19,12 @@ namespace {
 
 constexpr uint32_t kAllOnes = 0xFFFFFFFF;
 
-struct Bench {
-    explicit Bench(simhost::HostConfig config)
-        : host(std::move(config)), plugin(host, simhost::DefaultPluginPath()) {}
-    REALpicture RandomPicture(Storage storage, int32_t width, int32_t height, uint32_t seed, bool withMask) {
-        REALpicture picture = host.MakePicture(storage, width, height);
-        test_support::FillRandom(host, picture, seed);
+struct Bench : test_support::PluginBench {
+    using PluginBench::PluginBench;
+    REALpicture MaskedPicture(Storage storage, int32_t width, int32_t height, uint32_t seed, bool withMask) {
+        REALpicture picture = RandomPicture(storage, width, height, seed);
         if (withMask) {
-            REALpicture mask = RandomPicture(storage, width, height, seed + 1, false);
+            REALpicture mask = RandomPicture(storage, width, height, seed + 1);
             host.SetMask(picture, mask);
             host.Release(mask);
         }
@@ -34,8 +33,6 @@ struct Bench {
     REALpicture Call(REALpicture picture, double angle, bool cut) {
         return plugin.Call<REALpicture>("RotateImageAndMaskQLM", picture, angle, static_cast<signed char>(cut));
     }
-    simhost::SimulatedHost host;
-    simhost::PluginLibrary plugin;
 };
 
 // What a cut result shows of the whole turn: the receiver's size from (dx, dy);
@@ -74,7 +71,7 @@ TEST_P(RotateImageAndMaskTest, PictureAndMaskTurnAlike) {
     config.kind = maskCase.kind;
     config.newPictureFill = 0x80402010;
     Bench bench(config);
-    REALpicture source = bench.RandomPicture(maskCase.storage, 100, 50, 1, maskCase.withMask);
+    REALpicture source = bench.MaskedPicture(maskCase.storage, 100, 50, 1, maskCase.withMask);
     REALpicture result = bench.Call(source, maskCase.angle, cut);
     ASSERT_NE(result, nullptr);
 
@@ -93,8 +90,7 @@ TEST_P(RotateImageAndMaskTest, PictureAndMaskTurnAlike) {
     } else {
         EXPECT_EQ(bench.host.MaskOf(result), nullptr);
     }
-    EXPECT_EQ(bench.host.LedgerProblems({result}), std::vector<std::string>{});
-    bench.host.Release(result);
+    bench.ExpectBalancedAndRelease({result});
     bench.host.Release(source);
 }
 
@@ -108,8 +104,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, RotateImageAndMaskTest,
 // Without a mask the whole turn is "RotateQLM" with the all-ones background, and
 // the 30-degree cut of 100 x 50 is its rectangle from (6, 22).
 TEST(RotateImageAndMaskCallTest, WithoutAMaskItIsRotateWithAllOnes) {
-    Bench bench({});
-    REALpicture source = bench.RandomPicture(Storage::GWorld32, 100, 50, 3, false);
+    Bench bench(simhost::HostConfig{});
+    REALpicture source = bench.RandomPicture(Storage::GWorld32, 100, 50, 3);
     REALpicture rotated = bench.plugin.Call<REALpicture>("RotateQLM", source, 30.0, kAllOnes);
     REALpicture whole = bench.Call(source, 30, false);
     REALpicture cut = bench.Call(source, 30, true);
@@ -120,8 +116,7 @@ TEST(RotateImageAndMaskCallTest, WithoutAMaskItIsRotateWithAllOnes) {
     ASSERT_EQ(centre.width * centre.height, 100 * 50);
     for (int32_t y = 0; y < 50; ++y)
         for (int32_t x = 0; x < 100; ++x) ASSERT_EQ(centre.at(x, y), turned.at(x + 6, y + 22));
-    EXPECT_EQ(bench.host.LedgerProblems({rotated, whole, cut}), std::vector<std::string>{});
-    for (REALpicture picture : {rotated, whole, cut}) bench.host.Release(picture);
+    bench.ExpectBalancedAndRelease({rotated, whole, cut});
     EXPECT_EQ(bench.Call(nullptr, 30, true), nullptr);
     bench.host.Release(source);
 }
@@ -132,12 +127,11 @@ TEST(RotateImageAndMaskCallTest, AFailedMaskTurnLeavesTheMaskOut) {
     simhost::HostConfig config;
     config.newPictureFailsFromCall = 5;
     Bench bench(config);
-    REALpicture source = bench.RandomPicture(Storage::GWorld32, 20, 10, 4, true);
+    REALpicture source = bench.MaskedPicture(Storage::GWorld32, 20, 10, 4, true);
     REALpicture result = bench.Call(source, 30, true);
     ASSERT_NE(result, nullptr);
     EXPECT_EQ(bench.host.MaskOf(result), nullptr);
-    EXPECT_EQ(bench.host.LedgerProblems({result}), std::vector<std::string>{});
-    bench.host.Release(result);
+    bench.ExpectBalancedAndRelease({result});
     EXPECT_EQ(bench.Call(source, 30, true), nullptr) << "no new picture for the turn itself";
     EXPECT_EQ(bench.host.LedgerProblems(), std::vector<std::string>{});
     bench.host.Release(source);

@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "simhost/simulated_host.h"
+#include "tests/harness/plugin_bench.h"
 #include "tests/support/pictures.h"
 #include "tests/support/rotation_model.h"
 
@@ -20,31 +21,16 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-struct Bench {
+struct Bench : test_support::PluginBench {
     explicit Bench(HostKind kind, void (*configure)(simhost::HostConfig&) = [](auto&) {})
-        : host([&] {
-              simhost::HostConfig config;
-              config.kind = kind;
+        : PluginBench([&] {
+              simhost::HostConfig config = test_support::ConfigFor(kind);
               configure(config);
               return config;
-          }()),
-          plugin(host, simhost::DefaultPluginPath()) {}
-    REALpicture RandomPicture(Storage storage, int32_t width, int32_t height, uint32_t seed) {
-        REALpicture picture = host.MakePicture(storage, width, height);
-        test_support::FillRandom(host, picture, seed);
-        return picture;
-    }
+          }()) {}
     REALpicture Rotate(REALpicture picture, double angle, uint32_t background) {
         return plugin.Call<REALpicture>("RotateQLM", picture, angle, background);
     }
-    // Nothing but the result (if any) and the test's own pictures is held.
-    void ExpectBalancedAndRelease(REALpicture result) {
-        EXPECT_EQ(host.LedgerProblems(result ? std::vector{result} : std::vector<REALpicture>{}),
-                  std::vector<std::string>{});
-        if (result != nullptr) host.Release(result);
-    }
-    simhost::SimulatedHost host;
-    simhost::PluginLibrary plugin;
 };
 
 struct HostCase {
@@ -80,7 +66,7 @@ TEST_P(RotateModelTest, EveryPixelIsTheModels) {
                   test_support::ModelRotate(before, angle, background, hostCase.newPictures))
             << width << "x" << height;
         EXPECT_EQ(test_support::ReadImage(bench.host, source), before) << "the receiver is left alone";
-        bench.ExpectBalancedAndRelease(result);
+        bench.ExpectBalancedAndRelease({result});
         bench.host.Release(source);
     }
 }
@@ -108,7 +94,7 @@ TEST_P(RotateSizeTest, ResultSizeOrNil) {
     REALpicture result = bench.Rotate(source, size.angle, 0);
     EXPECT_EQ(result ? bench.host.Width(result) : 0, size.expectedWidth);
     EXPECT_EQ(result ? bench.host.Height(result) : 0, size.expectedHeight);
-    bench.ExpectBalancedAndRelease(result);
+    bench.ExpectBalancedAndRelease({result});
     bench.host.Release(source);
 }
 
@@ -133,7 +119,7 @@ TEST(RotateTest, ATinyAngleAddsABackgroundRowAndColumn) {
     const simhost::Rgba background{0x10, 0x20, 0x30, 0x80};
     for (int32_t y = 0; y <= 50; ++y)
         for (int32_t x = 0; x <= 100; ++x) ASSERT_EQ(after.at(x, y), x < 100 && y < 50 ? before.at(x, y) : background);
-    bench.ExpectBalancedAndRelease(result);
+    bench.ExpectBalancedAndRelease({result});
     EXPECT_EQ(bench.Rotate(nullptr, 30, 0), nullptr);
     bench.host.Release(source);
 }
@@ -182,7 +168,7 @@ TEST_P(RotateFaultTest, NilOrTheModelsPictureAndNothingHeld) {
                   test_support::ModelRotate(test_support::ReadImage(bench.host, source), fault.angle, 0xFFFFFFFF,
                                             bench.host.StorageOf(result)));
     }
-    bench.ExpectBalancedAndRelease(result);
+    bench.ExpectBalancedAndRelease({result});
     bench.host.Release(source);
 }
 

@@ -2,6 +2,28 @@
 
 namespace test_support {
 
+Image Rearranged(const Image& from, Rearrangement rearrangement) {
+    const int32_t w = from.width;
+    const int32_t h = from.height;
+    const bool exchanged =
+        rearrangement == Rearrangement::QuarterAnticlockwise || rearrangement == Rearrangement::QuarterClockwise;
+    Image to{exchanged ? h : w, exchanged ? w : h, from.pixels};
+    // Pixel (X, Y) of the result comes from pixel (x, y) of the source.
+    for (int32_t Y = 0; Y < to.height; ++Y)
+        for (int32_t X = 0; X < to.width; ++X) {
+            int32_t x = X, y = Y;
+            switch (rearrangement) {
+                case Rearrangement::BothWays: x = w - 1 - X, y = h - 1 - Y; break;
+                case Rearrangement::LeftRight: x = w - 1 - X; break;
+                case Rearrangement::TopBottom: y = h - 1 - Y; break;
+                case Rearrangement::QuarterAnticlockwise: x = w - 1 - Y, y = X; break;
+                case Rearrangement::QuarterClockwise: x = Y, y = h - 1 - X; break;
+            }
+            to.at(X, Y) = from.at(x, y);
+        }
+    return to;
+}
+
 void FillRandom(simhost::SimulatedHost& host, REALpicture picture, uint32_t seed) {
     uint32_t state = seed * 2654435761u + 1;
     auto next = [&state] {

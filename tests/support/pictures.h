@@ -18,6 +18,11 @@ struct Image {
     friend bool operator==(const Image&, const Image&) = default;
 };
 
+// How the mirrors and the quarter turns move pixels, as plain coordinate maps;
+// the quarter turns exchange the picture's sides.
+enum class Rearrangement { BothWays, LeftRight, TopBottom, QuarterAnticlockwise, QuarterClockwise };
+Image Rearranged(const Image& from, Rearrangement rearrangement);
+
 // Deterministic pseudo-random pixels (every channel, alpha included).
 void FillRandom(simhost::SimulatedHost& host, REALpicture picture, uint32_t seed);
 Image ReadImage(const simhost::SimulatedHost& host, REALpicture picture);

@@ -13,13 +13,6 @@ const char* const kXojoMethods[] = {
     "RotateMemoryQLM",   "MirrorQLM",             "HMirrorQLM",       "VMirrorQLM",        "MirrorPictureQLM",
     "HMirrorPictureQLM", "VMirrorPictureQLM",     "CloneQLM",         "BitmapQLM"};
 
-Pixels HorizontalMirror(const Pixels& pixels) {
-    Pixels mirrored = pixels;
-    for (int32_t y = 0; y < pixels.height; ++y)
-        for (int32_t x = 0; x < pixels.width; ++x) mirrored.at(x, y) = pixels.at(pixels.width - 1 - x, y);
-    return mirrored;
-}
-
 std::vector<std::string> ImagesOnSheet(const std::string& html) {
     const std::string opening = "<img src=\"";
     std::vector<std::string> images;
@@ -45,28 +38,28 @@ TEST(PixturnDemo, EveryMethodOnTheTestCardWithAContactSheet) {
     EXPECT_EQ(images.size(), 21u);
     for (const std::string& image : images) EXPECT_NO_THROW(ReadPng(dir / ("sheet/" + image))) << image;
 
-    const Pixels card = ReadPng(dir / "sheet/input.png").pixels;
+    const Image card = ReadPng(dir / "sheet/input.png").image;
     ASSERT_EQ(std::pair(card.width, card.height), std::pair(320, 240));
-    EXPECT_TRUE(std::any_of(card.rgba.begin(), card.rgba.end(), [](auto p) { return p.a == 0; }));
-    EXPECT_TRUE(std::any_of(card.rgba.begin(), card.rgba.end(), [](auto p) { return p.a > 0 && p.a < 255; }));
-    const Pixels quarter = ReadPng(dir / "sheet/rotate90.png").pixels;
+    EXPECT_TRUE(std::any_of(card.pixels.begin(), card.pixels.end(), [](auto p) { return p.a == 0; }));
+    EXPECT_TRUE(std::any_of(card.pixels.begin(), card.pixels.end(), [](auto p) { return p.a > 0 && p.a < 255; }));
+    const Image quarter = ReadPng(dir / "sheet/rotate90.png").image;
     EXPECT_EQ(std::pair(quarter.width, quarter.height), std::pair(240, 320));
-    EXPECT_EQ(ReadPng(dir / "sheet/hmirror.png").pixels, HorizontalMirror(card));
-    EXPECT_EQ(ReadPng(dir / "sheet/hmirror-in-place.png").pixels, HorizontalMirror(card));
-    EXPECT_EQ(ReadPng(dir / "sheet/clone.png").pixels, card);
+    EXPECT_EQ(ReadPng(dir / "sheet/hmirror.png").image, test_support::Rearranged(card, test_support::Rearrangement::LeftRight));
+    EXPECT_EQ(ReadPng(dir / "sheet/hmirror-in-place.png").image, test_support::Rearranged(card, test_support::Rearrangement::LeftRight));
+    EXPECT_EQ(ReadPng(dir / "sheet/clone.png").image, card);
     EXPECT_TRUE(ReadPng(dir / "sheet/rotate-mask-30-mask.png").grey);
 }
 
 TEST(PixturnDemo, OnTheUsersPictureOnAConsoleHost) {
     const ScratchDirectory dir;
-    Pixels photo = RandomPixels(30, 20, 8);
-    for (simhost::Rgba& p : photo.rgba) p.a = 255;
+    Image photo = RandomPixels(30, 20, 8);
+    for (simhost::Rgba& p : photo.pixels) p.a = 255;
     WriteRgbaPng(dir / "photo.png", photo);
     const RunResult run = RunPixturn({"demo", dir / "out", "--input", dir / "photo.png", "--host", "console"});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("photo.png (30 x 20) on the console host"), std::string::npos) << run.out;
-    EXPECT_EQ(ReadPng(dir / "out/input.png").pixels, photo);
-    const Pixels rotated = ReadPng(dir / "out/rotate-mask-30-cut.png").pixels;
+    EXPECT_EQ(ReadPng(dir / "out/input.png").image, photo);
+    const Image rotated = ReadPng(dir / "out/rotate-mask-30-cut.png").image;
     EXPECT_EQ(std::pair(rotated.width, rotated.height), std::pair(30, 20));
 }
 

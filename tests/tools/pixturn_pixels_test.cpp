@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/harness/plugin_bench.h"
 #include "tests/tools/pixturn_runner.h"
 
 namespace pixturn_test {
@@ -31,37 +32,28 @@ const HostCase kHosts[] = {
 };
 
 // The plug-in loaded here as pixturn loads it, on the same kind of host.
-struct Reference {
+struct Reference : test_support::PluginBench {
     explicit Reference(const HostCase& host, double version = 2019.0)
-        : storage(host.storage), host(Config(host, version)), plugin(this->host, simhost::DefaultPluginPath()) {}
+        : PluginBench(Config(host, version)), storage(host.storage) {}
 
     static simhost::HostConfig Config(const HostCase& host, double version) {
-        simhost::HostConfig config;
-        config.kind = host.kind;
+        simhost::HostConfig config = test_support::ConfigFor(host.kind);
         config.version = version;
         return config;
     }
-    REALpicture Picture(const Pixels& pixels) {
-        REALpicture picture = host.MakePicture(storage, pixels.width, pixels.height);
-        for (int32_t y = 0; y < pixels.height; ++y)
-            for (int32_t x = 0; x < pixels.width; ++x) host.SetPixel(picture, x, y, pixels.at(x, y));
+    REALpicture Picture(const Image& image) {
+        REALpicture picture = host.MakePicture(storage, image.width, image.height);
+        test_support::WriteImage(host, picture, image);
         return picture;
     }
-    Pixels Read(REALpicture picture) const {
-        Pixels pixels(host.Width(picture), host.Height(picture));
-        for (int32_t y = 0; y < pixels.height; ++y)
-            for (int32_t x = 0; x < pixels.width; ++x) pixels.rgba.push_back(host.GetPixel(picture, x, y));
-        return pixels;
-    }
+    Image Read(REALpicture picture) const { return test_support::ReadImage(host, picture); }
 
     Storage storage;
-    simhost::SimulatedHost host;
-    simhost::PluginLibrary plugin;
 };
 
-Pixels Grey(const Pixels& mask) {
-    Pixels grey = mask;
-    for (Rgba& p : grey.rgba) p = {p.r, p.r, p.r, 255};
+Image Grey(const Image& mask) {
+    Image grey = mask;
+    for (Rgba& p : grey.pixels) p = {p.r, p.r, p.r, 255};
     return grey;
 }
 
@@ -106,7 +98,7 @@ class MethodPixels : public testing::TestWithParam<std::tuple<HostCase, MethodCa
 TEST_P(MethodPixels, FileHoldsThePluginsResult) {
     const auto& [host, method] = GetParam();
     const ScratchDirectory dir;
-    const Pixels input = RandomPixels(9, 7, 11);
+    const Image input = RandomPixels(9, 7, 11);
     WriteRgbaPng(dir / "in.png", input);
     std::vector<std::string> arguments{method.command, dir / "in.png", "-o", dir / "out.png", "--host", host.name};
     arguments.insert(arguments.end(), method.options.begin(), method.options.end());
@@ -125,7 +117,7 @@ TEST_P(MethodPixels, FileHoldsThePluginsResult) {
     EXPECT_EQ(run.err, "");
     const ReadBack written = ReadPng(dir / "out.png");
     EXPECT_FALSE(written.grey);
-    EXPECT_EQ(written.pixels, reference.Read(result));
+    EXPECT_EQ(written.image, reference.Read(result));
 }
 
 INSTANTIATE_TEST_SUITE_P(PixturnHosts, MethodPixels, testing::Combine(testing::ValuesIn(kHosts), testing::ValuesIn(kMethods)),
@@ -141,8 +133,8 @@ class MaskPixels : public testing::TestWithParam<HostCase> {};
 
 TEST_P(MaskPixels, PictureAndMaskTurnTogether) {
     const ScratchDirectory dir;
-    const Pixels input = RandomPixels(8, 5, 3);
-    const Pixels mask = Grey(RandomPixels(8, 5, 4));
+    const Image input = RandomPixels(8, 5, 3);
+    const Image mask = Grey(RandomPixels(8, 5, 4));
     WriteRgbaPng(dir / "in.png", input);
     WriteRgbaPng(dir / "mask.png", mask);
     const RunResult run = RunPixturn({"rotate-mask", dir / "in.png", "--mask", dir / "mask.png", "--angle", "-40",
@@ -157,10 +149,10 @@ TEST_P(MaskPixels, PictureAndMaskTurnTogether) {
     const REALpicture result = reference.plugin.Call<REALpicture>("RotateImageAndMaskQLM", receiver, -40.0, (signed char)0);
     ASSERT_NE(result, nullptr);
     ASSERT_NE(reference.host.MaskOf(result), nullptr);
-    EXPECT_EQ(ReadPng(dir / "out.png").pixels, reference.Read(result));
+    EXPECT_EQ(ReadPng(dir / "out.png").image, reference.Read(result));
     const ReadBack writtenMask = ReadPng(dir / "out-mask.png");
     EXPECT_TRUE(writtenMask.grey);
-    EXPECT_EQ(writtenMask.pixels, Grey(reference.Read(reference.host.MaskOf(result))));
+    EXPECT_EQ(writtenMask.image, Grey(reference.Read(reference.host.MaskOf(result))));
 }
 
 INSTANTIATE_TEST_SUITE_P(PixturnHosts, MaskPixels, testing::ValuesIn(kHosts),
@@ -186,7 +178,7 @@ TEST(PixturnMemory, PrintsThePluginsNumberForAFileAndForASize) {
 // that host version: six hex digits (alpha 0) before 2011.04.
 TEST(PixturnRotate, DefaultBackgroundFollowsTheRegisteredDeclaration) {
     const ScratchDirectory dir;
-    const Pixels input = RandomPixels(9, 7, 12);
+    const Image input = RandomPixels(9, 7, 12);
     WriteRgbaPng(dir / "in.png", input);
     for (const auto& [version, background] : {std::pair{"2011.03", 0x00FFFFFFu}, std::pair{"2011.04", 0xFFFFFFFFu}}) {
         const RunResult run =
@@ -196,22 +188,22 @@ TEST(PixturnRotate, DefaultBackgroundFollowsTheRegisteredDeclaration) {
         Reference reference(kHosts[0], std::stod(version));
         const REALpicture result =
             reference.plugin.Call<REALpicture>("RotateQLM", reference.Picture(input), 20.0, background);
-        EXPECT_EQ(ReadPng(dir / "out.png").pixels, reference.Read(result)) << version;
+        EXPECT_EQ(ReadPng(dir / "out.png").image, reference.Read(result)) << version;
     }
 }
 
 TEST(PixturnAlpha, DesktopKeepsEveryValueAndConsoleKeepsSevenBits) {
     const ScratchDirectory dir;
-    Pixels input(256, 1);
-    for (int a = 0; a < 256; ++a) input.rgba.push_back({uint8_t(a), 1, 2, uint8_t(a)});
+    Image input{256, 1, {}};
+    for (int a = 0; a < 256; ++a) input.pixels.push_back({uint8_t(a), 1, 2, uint8_t(a)});
     WriteRgbaPng(dir / "in.png", input);
     ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "desktop.png"}).status, 0);
     ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "console.png", "--host", "console"}).status, 0);
-    EXPECT_EQ(ReadPng(dir / "desktop.png").pixels, input);
-    const Pixels console = ReadPng(dir / "console.png").pixels;
+    EXPECT_EQ(ReadPng(dir / "desktop.png").image, input);
+    const Image console = ReadPng(dir / "console.png").image;
     for (int a = 0; a < 256; ++a) {
         const int kept = a >> 1;
-        EXPECT_EQ(console.rgba[a], (Rgba{uint8_t(a), 1, 2, uint8_t(kept * 2 + (kept & 1))})) << a;
+        EXPECT_EQ(console.pixels[a], (Rgba{uint8_t(a), 1, 2, uint8_t(kept * 2 + (kept & 1))})) << a;
     }
 }
 
@@ -223,10 +215,10 @@ struct PngCase {
 };
 
 std::vector<PngCase> PngCases() {
-    const Pixels random = RandomPixels(9, 7, 9);
+    const Image random = RandomPixels(9, 7, 9);
     PngContents interlaced(9, 7, PNG_COLOR_TYPE_RGBA, 8);
     interlaced.interlaced = true;
-    for (const Rgba& p : random.rgba) interlaced.rows.insert(interlaced.rows.end(), {p.r, p.g, p.b, p.a});
+    for (const Rgba& p : random.pixels) interlaced.rows.insert(interlaced.rows.end(), {p.r, p.g, p.b, p.a});
     return {
         {"Grey8", {2, 2, PNG_COLOR_TYPE_GRAY, 8, {0, 77, 255, 128}},
          {{0, 0, 0, 255}, {77, 77, 77, 255}, {255, 255, 255, 255}, {128, 128, 128, 255}}},
@@ -242,7 +234,7 @@ std::vector<PngCase> PngCases() {
          {3, 1, PNG_COLOR_TYPE_PALETTE, 8, {2, 0, 1}, {10, 20, 30, 40, 50, 60, 70, 80, 90}, {0, 128}},
          {{70, 80, 90, 255}, {10, 20, 30, 0}, {40, 50, 60, 128}}},
         {"Palette4", {2, 1, PNG_COLOR_TYPE_PALETTE, 4, {0x10}, {1, 2, 3, 4, 5, 6}, {}}, {{4, 5, 6, 255}, {1, 2, 3, 255}}},
-        {"InterlacedRgba", interlaced, random.rgba},
+        {"InterlacedRgba", interlaced, random.pixels},
     };
 }
 
@@ -253,19 +245,19 @@ TEST_P(PngKinds, ReadAsRgbaWithAlphaAsTheFourthChannel) {
     WritePng(dir / "in.png", GetParam().contents);
     const RunResult run = RunPixturn({"clone", dir / "in.png", "-o", dir / "out.png"});
     ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(ReadPng(dir / "out.png").pixels.rgba, GetParam().expected);
+    EXPECT_EQ(ReadPng(dir / "out.png").image.pixels, GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(PixturnPng, PngKinds, testing::ValuesIn(PngCases()), [](const auto& info) { return info.param.name; });
 
 TEST(PixturnJpeg, WrittenAsRgbAndReadBackOpaque) {
     const ScratchDirectory dir;
-    const Pixels flat(16, 16, std::vector<Rgba>(256, Rgba{200, 100, 50, 60}));
+    const Image flat{16, 16, std::vector<Rgba>(256, Rgba{200, 100, 50, 60})};
     WriteRgbaPng(dir / "in.png", flat);
     ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "out.JPG"}).status, 0);
     EXPECT_EQ(ReadText(dir / "out.JPG").substr(0, 3), "\xFF\xD8\xFF");
     ASSERT_EQ(RunPixturn({"clone", dir / "out.JPG", "-o", dir / "back.png"}).status, 0);
-    for (const Rgba& p : ReadPng(dir / "back.png").pixels.rgba) {
+    for (const Rgba& p : ReadPng(dir / "back.png").image.pixels) {
         EXPECT_NEAR(p.r, 200, 2);
         EXPECT_NEAR(p.g, 100, 2);
         EXPECT_NEAR(p.b, 50, 2);

@@ -50,10 +50,10 @@ std::vector<std::string> ScratchDirectory::Files() const {
     return names;
 }
 
-Pixels RandomPixels(int32_t width, int32_t height, uint32_t seed) {
+Image RandomPixels(int32_t width, int32_t height, uint32_t seed) {
     std::mt19937 random(seed);
-    Pixels pixels(width, height, std::vector<simhost::Rgba>(static_cast<size_t>(width) * height));
-    for (simhost::Rgba& p : pixels.rgba) {
+    Image pixels{width, height, std::vector<simhost::Rgba>(static_cast<size_t>(width) * height)};
+    for (simhost::Rgba& p : pixels.pixels) {
         const uint32_t bits = random();
         p = {uint8_t(bits), uint8_t(bits >> 8), uint8_t(bits >> 16), uint8_t(bits >> 24)};
     }
@@ -89,9 +89,9 @@ void WritePng(const std::string& path, const PngContents& contents) {
     std::fclose(file);
 }
 
-void WriteRgbaPng(const std::string& path, const Pixels& pixels) {
+void WriteRgbaPng(const std::string& path, const Image& pixels) {
     PngContents contents(pixels.width, pixels.height, PNG_COLOR_TYPE_RGBA, 8);
-    for (const simhost::Rgba& p : pixels.rgba) contents.rows.insert(contents.rows.end(), {p.r, p.g, p.b, p.a});
+    for (const simhost::Rgba& p : pixels.pixels) contents.rows.insert(contents.rows.end(), {p.r, p.g, p.b, p.a});
     WritePng(path, contents);
 }
 
@@ -102,10 +102,10 @@ ReadBack ReadPng(const std::string& path) {
     ReadBack read;
     read.grey = image.format == PNG_FORMAT_GRAY;
     image.format = PNG_FORMAT_RGBA;
-    read.pixels.width = static_cast<int32_t>(image.width);
-    read.pixels.height = static_cast<int32_t>(image.height);
-    read.pixels.rgba.resize(static_cast<size_t>(image.width) * image.height);
-    if (!png_image_finish_read(&image, nullptr, read.pixels.rgba.data(), 0, nullptr))
+    read.image.width = static_cast<int32_t>(image.width);
+    read.image.height = static_cast<int32_t>(image.height);
+    read.image.pixels.resize(static_cast<size_t>(image.width) * image.height);
+    if (!png_image_finish_read(&image, nullptr, read.image.pixels.data(), 0, nullptr))
         throw std::runtime_error(path + ": " + image.message);
     return read;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simhost/simulated_host.h"
+#include "tests/support/pictures.h"
 
 namespace pixturn_test {
 
@@ -34,19 +35,9 @@ private:
     std::filesystem::path path_;
 };
 
-// 8-bit RGBA pixels, rows top to bottom.
-struct Pixels {
-    Pixels() = default;
-    Pixels(int32_t w, int32_t h, std::vector<simhost::Rgba> pixels = {}) : width(w), height(h), rgba(std::move(pixels)) {}
-    int32_t width = 0;
-    int32_t height = 0;
-    std::vector<simhost::Rgba> rgba;
-    simhost::Rgba& at(int32_t x, int32_t y) { return rgba[static_cast<size_t>(y) * width + x]; }
-    const simhost::Rgba& at(int32_t x, int32_t y) const { return rgba[static_cast<size_t>(y) * width + x]; }
-    friend bool operator==(const Pixels&, const Pixels&) = default;
-};
+using test_support::Image;
 
-Pixels RandomPixels(int32_t width, int32_t height, uint32_t seed);
+Image RandomPixels(int32_t width, int32_t height, uint32_t seed);
 
 // A PNG of any colour type and bit depth from its packed row bytes.
 struct PngContents {
@@ -64,12 +55,12 @@ struct PngContents {
     std::vector<uint8_t> paletteAlpha;
 };
 void WritePng(const std::string& path, const PngContents& contents);
-void WriteRgbaPng(const std::string& path, const Pixels& pixels);
+void WriteRgbaPng(const std::string& path, const Image& pixels);
 
 // Reads a PNG as 8-bit RGBA; `grey` tells whether the file itself is grey
 // without alpha (how masks are written).
 struct ReadBack {
-    Pixels pixels;
+    Image image;
     bool grey = false;
 };
 ReadBack ReadPng(const std::string& path);
