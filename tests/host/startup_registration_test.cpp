@@ -122,30 +122,6 @@ TEST_P(StartupTest, RegistersTheFormThisHostUnderstands) {
     EXPECT_EQ(FunctionOffsets(registration), tableFunctions) << "every form carries the table's functions in order";
 }
 
-// The clone methods have landed: calling entries 12 and 13 shows the table binds
-// each declaration to its own function in every form.
-TEST_P(StartupTest, EntriesCallTheirOwnFunctions) {
-    simhost::SimulatedHost host(ConfigFor(GetParam().version));
-    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
-    const std::vector<simhost::RegisteredMethod>& methods = host.registration().methods;
-    ASSERT_EQ(methods.size(), 15u);
-    REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 5, 4);
-
-    REALpicture clone = reinterpret_cast<REALpicture (*)(REALpicture)>(methods[12].function)(source);
-    REALpicture sized =
-        reinterpret_cast<REALpicture (*)(REALpicture, int32_t, int32_t)>(methods[13].function)(source, 7, 3);
-    ASSERT_NE(clone, nullptr);
-    ASSERT_NE(sized, nullptr);
-    EXPECT_EQ(host.Width(clone), 5);
-    EXPECT_EQ(host.Height(clone), 4);
-    EXPECT_EQ(host.Width(sized), 7);
-    EXPECT_EQ(host.Height(sized), 3);
-    EXPECT_EQ(host.LedgerProblems({clone, sized}), std::vector<std::string>{});
-    host.Release(clone);
-    host.Release(sized);
-    host.Release(source);
-}
-
 INSTANTIATE_TEST_SUITE_P(
     VersionBands, StartupTest,
     ::testing::Values(VersionCase{"NoVersion", std::nullopt, 9, Form::ClassExtension, true, 0},

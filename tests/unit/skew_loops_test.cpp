@@ -1,48 +1,22 @@
 // The specialised shears against HorizSkew and VertSkew, byte for byte, over every
 // pair of pixel formats: random bytes (the unused top bit of a host bitmap's
 // alpha byte included), skews with offsets far outside the line on both sides,
-// weights of 0 and exactly 1 (-1e-17 splits into -1 and 1.0). The editors are set
-// up by hand over plain memory: world rows padded, host bitmap rows stored
-// bottom-up behind their row table, so that a row reached by stride shows.
+// weights of 0 and exactly 1 (-1e-17 splits into -1 and 1.0).
 #include <gtest/gtest.h>
 
 #include <random>
+#include <string>
+#include <tuple>
 #include <vector>
 
 #include "picture/picture_editor.h"
+#include "tests/unit/memory_picture.h"
 #include "transforms/skew_loops.h"
 #include "transforms/skews.h"
 
 namespace {
 
-template <typename Editor>
-struct MemoryPicture {
-    MemoryPicture(int32_t format, int32_t width, int32_t height, std::mt19937& random) {
-        const bool hostBitmap = format == PixelFormatHostBGRA;
-        const int32_t bytesPerPixel = format == PixelFormatRGB24 ? 3 : 4;
-        const int32_t stride = width * bytesPerPixel + (hostBitmap ? 0 : 12);
-        bytes.resize(static_cast<size_t>(stride) * height);
-        for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
-        for (int32_t y = 0; y < height; ++y)
-            rows.push_back(&bytes[static_cast<size_t>(hostBitmap ? height - 1 - y : y) * stride]);
-        editor.width = width;
-        editor.height = height;
-        editor.pixelFormat = format;
-        editor.bytesPerPixel = bytesPerPixel;
-        editor.rowBytes = hostBitmap ? width * 4 : stride;
-        editor.rowTable = hostBitmap ? rows.data() : nullptr;
-        editor.baseAddress = editor.currentRow = rows[0];
-    }
-    std::vector<uint8_t> bytes;
-    std::vector<uint8_t*> rows;
-    Editor editor;
-};
-
-struct FormatPair {
-    int32_t source, destination;
-};
-
-class SkewLoopsTest : public ::testing::TestWithParam<FormatPair> {};
+class SkewLoopsTest : public ::testing::TestWithParam<std::tuple<int32_t, int32_t>> {};
 
 TEST_P(SkewLoopsTest, RowsAndColumnsMatchThePlainShears) {
     const auto [sourceFormat, destinationFormat] = GetParam();
@@ -87,16 +61,11 @@ TEST_P(SkewLoopsTest, RowsAndColumnsMatchThePlainShears) {
     }
 }
 
-const FormatPair kFormatPairs[] = {
-    {PixelFormatARGB32, PixelFormatARGB32},   {PixelFormatARGB32, PixelFormatRGB24},
-    {PixelFormatARGB32, PixelFormatHostBGRA}, {PixelFormatRGB24, PixelFormatARGB32},
-    {PixelFormatRGB24, PixelFormatRGB24},     {PixelFormatRGB24, PixelFormatHostBGRA},
-    {PixelFormatHostBGRA, PixelFormatARGB32}, {PixelFormatHostBGRA, PixelFormatRGB24},
-    {PixelFormatHostBGRA, PixelFormatHostBGRA},
-};
-
-INSTANTIATE_TEST_SUITE_P(FormatPairs, SkewLoopsTest, ::testing::ValuesIn(kFormatPairs), [](const auto& info) {
-    return "From" + std::to_string(info.param.source) + "To" + std::to_string(info.param.destination);
-});
+INSTANTIATE_TEST_SUITE_P(FormatPairs, SkewLoopsTest,
+                         ::testing::Combine(::testing::ValuesIn(kPixelFormats), ::testing::ValuesIn(kPixelFormats)),
+                         [](const auto& info) {
+                             return "From" + std::to_string(std::get<0>(info.param)) + "To" +
+                                    std::to_string(std::get<1>(info.param));
+                         });
 
 }  // namespace

@@ -63,15 +63,6 @@ TEST(FixProperties, NoTableGivesNone) {
     EXPECT_EQ(FixProperties(&property, -1), nullptr);
 }
 
-TEST(FixProperties, KeepsTheFirstTenWordsOfEach) {
-    const REALproperty properties[] = {Property(0x100), Property(0x200)};
-    REALpropertyV9* older = FixProperties(properties, 2);
-    ASSERT_NE(older, nullptr);
-    ExpectFirstTenWords(older[0], properties[0]);
-    ExpectFirstTenWords(older[1], properties[1]);
-    std::free(older);
-}
-
 // A class with every table the translation and the conversion look at.
 struct SampleClass {
     REALproperty properties[2] = {Property(0x40100), Property(0x200)};
