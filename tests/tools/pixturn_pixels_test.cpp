@@ -192,21 +192,6 @@ TEST(PixturnRotate, DefaultBackgroundFollowsTheRegisteredDeclaration) {
     }
 }
 
-TEST(PixturnAlpha, DesktopKeepsEveryValueAndConsoleKeepsSevenBits) {
-    const ScratchDirectory dir;
-    Image input{256, 1, {}};
-    for (int a = 0; a < 256; ++a) input.pixels.push_back({uint8_t(a), 1, 2, uint8_t(a)});
-    WriteRgbaPng(dir / "in.png", input);
-    ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "desktop.png"}).status, 0);
-    ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "console.png", "--host", "console"}).status, 0);
-    EXPECT_EQ(ReadPng(dir / "desktop.png").image, input);
-    const Image console = ReadPng(dir / "console.png").image;
-    for (int a = 0; a < 256; ++a) {
-        const int kept = a >> 1;
-        EXPECT_EQ(console.pixels[a], (Rgba{uint8_t(a), 1, 2, uint8_t(kept * 2 + (kept & 1))})) << a;
-    }
-}
-
 // Every kind of PNG the command reads, against the RGBA it must give.
 struct PngCase {
     const char* name;

@@ -133,32 +133,6 @@ TEST(SimulatedHost, HostBitmapRowsLieApartAndTheRecordIsAsDocumented) {
     EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
 }
 
-TEST(SimulatedHost, EntryPointsCanBeMissingOrLate) {
-    HostConfig config = Console();
-    config.missingEntryPoints = {"REALLockObject"};
-    config.entryPointsFromLookup = {{"newPicture", 3}};
-    SimulatedHost host(config);
-    EXPECT_EQ(SimulatedHost::Resolver()("REALLockObject"), nullptr);
-    EXPECT_EQ(SimulatedHost::Resolver()("newPicture"), nullptr);
-    EXPECT_EQ(SimulatedHost::Resolver()("newPicture"), nullptr);
-    void* third = SimulatedHost::Resolver()("newPicture");
-    EXPECT_NE(third, nullptr);
-    EXPECT_EQ(SimulatedHost::Resolver()("newPicture"), third) << "one address, every time";
-    EXPECT_EQ(host.Lookups("newPicture"), 4);
-}
-
-TEST(SimulatedHost, NewPicturesFailFromTheConfiguredCall) {
-    HostConfig config = Console();
-    config.newPictureFailsFromCall = 2;
-    SimulatedHost host(config);
-    REALpicture first = NewPicture()(1, 1, 32);
-    EXPECT_NE(first, nullptr);
-    EXPECT_EQ(NewPicture()(1, 1, 32), nullptr);
-    EXPECT_EQ(NewPicture()(1, 1, 32), nullptr);
-    host.Release(first);
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
-}
-
 // DrawPicture as the copies rely on it: unscaled, converted, and leaving the
 // destination alone where the source rectangle has no pixels.
 TEST(SimulatedHost, DrawPictureCopiesTheOverlapOnly) {
