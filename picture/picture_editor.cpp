@@ -228,5 +228,11 @@ bool BindNewPicture(PictureWriter& writer, int32_t width, int32_t height) {
     if (created == nullptr) return false;
     const bool bound = writer.GetPictureEditor(created, false, true);
     REALUnlockObject(created);
+    // A host handing back a picture of another size would send the caller's
+    // writes outside it.
+    if (bound && (writer.width != width || writer.height != height)) {
+        writer.ReleasePicture();
+        return false;
+    }
     return bound;
 }

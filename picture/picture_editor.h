@@ -89,7 +89,8 @@ inline bool IsValidPictureSize(int32_t width, int32_t height) {
 // Makes a new depth-32 picture (legacy port reset first) and binds the writer to
 // it. The creation reference is given up at once, bound or not: the writer's own
 // reference keeps the picture alive, and a picture that could not be bound goes
-// back to the host. False when the host made no picture or it could not be bound.
+// back to the host. False when the host made no picture, it could not be bound, or
+// it is not of the size asked for.
 bool BindNewPicture(PictureWriter& writer, int32_t width, int32_t height);
 
 // Which way pictures are reached; decided on the first binding of the process.

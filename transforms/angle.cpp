@@ -18,6 +18,13 @@ double NormaliseAngle(double angle) {
     return angle;
 }
 
+int QuarterTurnsToWithin45(double a) {
+    if (a > 45.0 && a <= 135.0) return 1;
+    if (a > 135.0 && a <= 225.0) return 2;
+    if (a > 225.0 && a <= 315.0) return 3;
+    return 0;
+}
+
 int32_t TruncToInt32(double value) {
     // The open bounds keep every accepted value's truncation inside int32; NaN
     // fails both comparisons.

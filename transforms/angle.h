@@ -11,6 +11,12 @@
 // infinity becomes NaN; callers refuse both.
 double NormaliseAngle(double angle);
 
+// How many quarter turns bring a normalised angle other than an exact quarter
+// within 45 degrees of zero: 1 for 45 < a <= 135, 2 for 135 < a <= 225, 3 for
+// 225 < a <= 315, else 0 (an angle above 315 keeps its residual). The residual is
+// a - 90 * quarters, computed by the caller.
+int QuarterTurnsToWithin45(double a);
+
 // Truncation toward zero into 32 bits as the x86 conversion does it: NaN and
 // values outside the int32 range give INT32_MIN, which every size check refuses.
 int32_t TruncToInt32(double value);

@@ -12,8 +12,7 @@
 
 enum class NewPictureShape { SameSides, SidesExchanged };
 
-// fill(reader, writer) moves the pixels; it runs only when both editors are bound
-// and the writer's picture has exactly the size asked for.
+// fill(reader, writer) moves the pixels; it runs only when both editors are bound.
 template <typename Fill>
 REALpicture TransformIntoNewPicture(REALpicture picture, NewPictureShape shape, Fill&& fill) {
     PictureReader reader;
@@ -24,9 +23,7 @@ REALpicture TransformIntoNewPicture(REALpicture picture, NewPictureShape shape, 
         const bool exchanged = shape == NewPictureShape::SidesExchanged;
         const int32_t width = exchanged ? reader.height : reader.width;
         const int32_t height = exchanged ? reader.width : reader.height;
-        // A host handing back a picture of another size would send the fill's
-        // writes outside it.
-        if (BindNewPicture(writer, width, height) && writer.width == width && writer.height == height) {
+        if (BindNewPicture(writer, width, height)) {
             fill(reader, writer);
             result = writer.RenderPictureWriter();
         }

@@ -30,23 +30,12 @@ int64_t rbRotateMemory(REALpicture picture, double angle) {
     double a = NormaliseAngle(angle);
     if (a == 0.0 || a == 90.0 || a == 180.0 || a == 270.0) return PictureBytes(width, height);
 
-    int64_t base = 0;
-    int32_t w = width;
-    int32_t h = height;
-    if (a > 45.0 && a <= 135.0) {
-        base = PictureBytes(width, height);
-        a -= 90.0;
-        w = height;
-        h = width;
-    } else if (a > 135.0 && a <= 225.0) {
-        base = PictureBytes(width, height);
-        a -= 180.0;
-    } else if (a > 225.0 && a <= 315.0) {
-        base = PictureBytes(width, height);
-        a -= 270.0;
-        w = height;
-        h = width;
-    }
+    // The quarter-turned working picture, whose sides an odd turn exchanges.
+    const int quarters = QuarterTurnsToWithin45(a);
+    const int64_t base = quarters != 0 ? PictureBytes(width, height) : 0;
+    a -= 90.0 * quarters;
+    const int32_t w = quarters % 2 == 1 ? height : width;
+    const int32_t h = quarters % 2 == 1 ? width : height;
 
     const double rad = a * 3.141592653589793 / 180;
     const double s = std::sin(rad);

@@ -81,27 +81,14 @@ Pixel BackgroundChannels(uint32_t background) {
 // comes with one reference that the caller owns; without REALLockObject the
 // receiver could not be held, nor read.
 OwnedPicture TakeWorkingPicture(REALpicture picture, double& a) {
-    if (a > 45.0 && a <= 135.0) {
-        a -= 90.0;
-        return OwnedPicture(rbRotate90(picture));
-    }
-    if (a > 135.0 && a <= 225.0) {
-        a -= 180.0;
-        return OwnedPicture(rbRotate180(picture));
-    }
-    if (a > 225.0 && a <= 315.0) {
-        a -= 270.0;
-        return OwnedPicture(rbRotate270(picture));
+    switch (QuarterTurnsToWithin45(a)) {
+        case 1: a -= 90.0; return OwnedPicture(rbRotate90(picture));
+        case 2: a -= 180.0; return OwnedPicture(rbRotate180(picture));
+        case 3: a -= 270.0; return OwnedPicture(rbRotate270(picture));
     }
     if (picture == nullptr || !REALLockObject.IsAvailable()) return OwnedPicture();
     REALLockObject(picture);
     return OwnedPicture(picture);
-}
-
-// A host handing back a picture of another size would send the shears' writes
-// outside it.
-bool StartPass(PictureWriter& writer, int32_t width, int32_t height) {
-    return BindNewPicture(writer, width, height) && writer.width == width && writer.height == height;
 }
 
 // Pass 1: the working picture's rows sheared by t into P1.
@@ -109,7 +96,7 @@ OwnedPicture FirstShear(PictureReader& working, const Shear& shear) {
     const int32_t w1 = WrappingAdd(TruncToInt32(std::fabs(shear.t) * shear.height), shear.width);
     if (!IsValidPictureSize(w1, shear.height)) return OwnedPicture();
     PictureWriter writer;
-    if (!StartPass(writer, w1, shear.height)) return OwnedPicture();
+    if (!BindNewPicture(writer, w1, shear.height)) return OwnedPicture();
     int32_t y = 0;
     ShearRows(working, writer, shear.height, shear.background, [&] {
         const int32_t k = shear.t < 0 ? y - shear.height : y;
@@ -129,7 +116,7 @@ OwnedPicture SecondShear(OwnedPicture p1, const Shear& shear) {
     const int32_t h = TruncToInt32(std::fabs(shear.s) * shear.width + shear.height * shear.c);
     if (h < 0 || h > kMaxTruncatedSide) return OwnedPicture();
     PictureWriter writer;
-    if (!StartPass(writer, w1, h + 1)) return OwnedPicture();
+    if (!BindNewPicture(writer, w1, h + 1)) return OwnedPicture();
     double skew = shear.s > 0 ? (shear.width - 1) * shear.s : -((shear.width - w1) * shear.s);
     ShearColumns(reader, writer, w1, shear.background, [&] { return std::exchange(skew, skew - shear.s); });
     return OwnedPicture(writer.RenderPictureWriter());
@@ -143,7 +130,7 @@ OwnedPicture ThirdShear(OwnedPicture p2, const Shear& shear) {
     const int32_t wf = TruncToInt32(shear.width * shear.c + shear.height * std::fabs(shear.s));
     if (hf < 0 || hf > kMaxTruncatedSide || wf < 0 || wf > kMaxTruncatedSide) return OwnedPicture();
     PictureWriter writer;
-    if (!StartPass(writer, wf + 1, hf + 1)) return OwnedPicture();
+    if (!BindNewPicture(writer, wf + 1, hf + 1)) return OwnedPicture();
     double skew = shear.s >= 0 ? -((shear.width - 1) * shear.s * shear.t)
                                : (-hf - (shear.width - 1) * shear.s) * shear.t;
     ShearRows(reader, writer, hf + 1, shear.background, [&] { return std::exchange(skew, skew + shear.t); });
