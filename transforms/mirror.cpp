@@ -1,5 +1,5 @@
-// The three mirrors into a new picture: left-right, top-bottom and both ways (the
-// last is the same picture as a half turn). The receiver is left as it was.
+// The three mirrors into a new picture: left-right, top-bottom and both ways (which
+// is the half turn, so it is made as one). The receiver is left as it was.
 #include <algorithm>
 #include <cstring>
 
@@ -23,17 +23,9 @@ void CopyRowsUpsideDown(PictureReader& reader, PictureWriter& writer) {
 
 }  // namespace
 
-REALpicture MirrorQLM(REALpicture picture) {
-    return TransformIntoNewPicture(picture, NewPictureShape::SameSides, [](PictureReader& reader, PictureWriter& writer) {
-        MovePixels(reader, writer, PixelMapping::HalfTurn);
-    });
-}
+REALpicture MirrorQLM(REALpicture picture) { return rbRotate180(picture); }
 
-REALpicture HMirrorQLM(REALpicture picture) {
-    return TransformIntoNewPicture(picture, NewPictureShape::SameSides, [](PictureReader& reader, PictureWriter& writer) {
-        MovePixels(reader, writer, PixelMapping::LeftRight);
-    });
-}
+REALpicture HMirrorQLM(REALpicture picture) { return MoveIntoNewPicture(picture, PixelMapping::LeftRight); }
 
 REALpicture VMirrorQLM(REALpicture picture) {
     return TransformIntoNewPicture(picture, NewPictureShape::SameSides, [](PictureReader& reader, PictureWriter& writer) {

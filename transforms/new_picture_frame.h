@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "picture/picture_editor.h"
+#include "transforms/pixel_moves.h"
 
 enum class NewPictureShape { SameSides, SidesExchanged };
 
@@ -30,4 +31,14 @@ REALpicture TransformIntoNewPicture(REALpicture picture, NewPictureShape shape, 
     }
     reader.ReleasePicture();
     return result;
+}
+
+// The new picture holding the receiver's pixels moved as the mapping says.
+inline REALpicture MoveIntoNewPicture(REALpicture picture, PixelMapping mapping) {
+    const bool quarterTurn =
+        mapping == PixelMapping::QuarterAnticlockwise || mapping == PixelMapping::QuarterClockwise;
+    return TransformIntoNewPicture(picture, quarterTurn ? NewPictureShape::SidesExchanged : NewPictureShape::SameSides,
+                                   [mapping](PictureReader& reader, PictureWriter& writer) {
+                                       MovePixels(reader, writer, mapping);
+                                   });
 }
