@@ -16,6 +16,8 @@ namespace bench {
 
 namespace {
 
+namespace methods = simhost::methods;
+
 constexpr uint32_t kWhite = 0xFFFFFFFF;
 constexpr PictureSize kCard{test_card::kWidth, test_card::kHeight};
 constexpr PictureSize kCardTurned{test_card::kHeight, test_card::kWidth};
@@ -113,15 +115,15 @@ Allowance RotationWithMaskAllowance(double angle, bool cut) {
     return Pictures(std::move(moments));
 }
 
-void RegisterMethod(const HostUnderTest& host, const std::string& task, const char* name,
-                    MethodCall call, Allowance allowance, PluginSession::Form form = PluginSession::Form::Any) {
+void RegisterMethod(const HostUnderTest& host, const std::string& task, const simhost::PictureMethod& method,
+                    MethodCall call, Allowance allowance) {
     auto bound = std::make_shared<BoundMethod>();
     Job job;
     job.task = task;
     job.implementation = host.label;
-    job.enter = [host, bound, name, form] {
+    job.enter = [host, bound, method = &method] {
         bound->session = &PluginSession::Enter(host);
-        bound->function = bound->session->Method(name, form);
+        bound->function = bound->session->Method(*method);
         bound->session->maskedCard();  // painted now, not inside a timing
     };
     job.run = [bound, call = std::move(call)] {
@@ -150,33 +152,33 @@ void RegisterHostCopy(const HostUnderTest& host) {
 
 void RegisterPluginJobs(const HostUnderTest& host) {
     for (double angle : kRotationAngles)
-        RegisterMethod(host, RotateTask(angle), "RotateQLM", NewPicture(Receiver::Card, angle, kWhite),
+        RegisterMethod(host, RotateTask(angle), methods::kRotate, NewPicture(Receiver::Card, angle, kWhite),
                        RotationAllowance(angle));
-    RegisterMethod(host, kRotateWithMask, "RotateImageAndMaskQLM",
+    RegisterMethod(host, kRotateWithMask, methods::kRotateImageAndMask,
                    NewPicture(Receiver::MaskedCard, 30.0, static_cast<signed char>(0)),
                    RotationWithMaskAllowance(30, false));
-    RegisterMethod(host, kRotateWithMaskCut, "RotateImageAndMaskQLM",
+    RegisterMethod(host, kRotateWithMaskCut, methods::kRotateImageAndMask,
                    NewPicture(Receiver::MaskedCard, 30.0, static_cast<signed char>(1)),
                    RotationWithMaskAllowance(30, true));
 
     const Allowance oneCard = Pictures({{kCard}});
     const Allowance oneTurnedCard = Pictures({{kCardTurned}});
     const Allowance oneRow = Pictures({});
-    RegisterMethod(host, kRotate90, "Rotate90QLM", NewPicture(Receiver::Card), oneTurnedCard);
-    RegisterMethod(host, kRotate180, "Rotate180QLM", NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kRotate270, "Rotate270QLM", NewPicture(Receiver::Card), oneTurnedCard);
-    RegisterMethod(host, kRotateMemory, "RotateMemoryQLM", Estimate(30), oneRow);
-    RegisterMethod(host, kMirror, "MirrorQLM", NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kHMirror, "HMirrorQLM", NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kVMirror, "VMirrorQLM", NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kMirrorInPlace, "MirrorPictureQLM", InPlace(), oneRow);
-    RegisterMethod(host, kHMirrorInPlace, "HMirrorPictureQLM", InPlace(), oneRow);
-    RegisterMethod(host, kVMirrorInPlace, "VMirrorPictureQLM", InPlace(), oneRow);
-    RegisterMethod(host, kClone, "CloneQLM", NewPicture(Receiver::Card), oneCard, PluginSession::Form::Unsized);
-    RegisterMethod(host, kCloneToSize, "CloneQLM", NewPicture(Receiver::Card, test_card::kWidth, test_card::kHeight),
-                   oneCard, PluginSession::Form::Sized);
+    RegisterMethod(host, kRotate90, methods::kRotate90, NewPicture(Receiver::Card), oneTurnedCard);
+    RegisterMethod(host, kRotate180, methods::kRotate180, NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kRotate270, methods::kRotate270, NewPicture(Receiver::Card), oneTurnedCard);
+    RegisterMethod(host, kRotateMemory, methods::kRotateMemory, Estimate(30), oneRow);
+    RegisterMethod(host, kMirror, methods::kMirror, NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kHMirror, methods::kHMirror, NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kVMirror, methods::kVMirror, NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kMirrorInPlace, methods::kMirrorInPlace, InPlace(), oneRow);
+    RegisterMethod(host, kHMirrorInPlace, methods::kHMirrorInPlace, InPlace(), oneRow);
+    RegisterMethod(host, kVMirrorInPlace, methods::kVMirrorInPlace, InPlace(), oneRow);
+    RegisterMethod(host, kClone, methods::kClone, NewPicture(Receiver::Card), oneCard);
+    RegisterMethod(host, kCloneToSize, methods::kCloneToSize,
+                   NewPicture(Receiver::Card, test_card::kWidth, test_card::kHeight), oneCard);
     auto returnedReceiver = std::make_shared<bool>(false);
-    RegisterMethod(host, kBitmap, "BitmapQLM", Bitmap(returnedReceiver),
+    RegisterMethod(host, kBitmap, methods::kBitmap, Bitmap(returnedReceiver),
                    [returnedReceiver, oneCard, oneRow](PluginSession& session) {
                        return *returnedReceiver ? oneRow(session) : oneCard(session);
                    });

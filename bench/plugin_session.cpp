@@ -63,15 +63,9 @@ REALpicture PluginSession::maskedCard() {
     return maskedCard_;
 }
 
-REALproc PluginSession::Method(const std::string& name, Form form) const {
-    for (const simhost::RegisteredMethod& method : host_.registration().methods) {
-        const std::string& declaration = method.declaration;
-        const bool sized = declaration.find("width") != std::string::npos;
-        if (declaration.compare(0, declaration.find_first_of(" ("), name) == 0 &&
-            (form == Form::Any || sized == (form == Form::Sized)))
-            return method.function;
-    }
-    return nullptr;
+REALproc PluginSession::Method(const simhost::PictureMethod& method) const {
+    const simhost::RegisteredMethod* registered = plugin_.Find(method);
+    return registered != nullptr ? registered->function : nullptr;
 }
 
 REALpicture PluginSession::HostCopyOfCard() {
@@ -79,9 +73,6 @@ REALpicture PluginSession::HostCopyOfCard() {
     using LoadObjectMethod = void* (*)(REALobject, const char*);
     using DrawPicture = void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
                                  int32_t, int32_t);
-    static const char kDrawPicture[] =
-        "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
-        "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
     const auto newPicture = Resolve<REALpicture (*)(int32_t, int32_t, int32_t)>("newPicture");
     const auto graphicsOf = Resolve<GraphicsOf>("pluginPictureGraphicsGetter");
     const auto loadObjectMethod = Resolve<LoadObjectMethod>("REALLoadObjectMethod");
@@ -92,7 +83,7 @@ REALpicture PluginSession::HostCopyOfCard() {
     REALpicture copy = newPicture(w, h, 32);
     if (copy == nullptr) return nullptr;
     REALobject graphics = graphicsOf(copy);
-    const auto draw = graphics != nullptr ? reinterpret_cast<DrawPicture>(loadObjectMethod(graphics, kDrawPicture))
+    const auto draw = graphics != nullptr ? reinterpret_cast<DrawPicture>(loadObjectMethod(graphics, simhost::kDrawPictureDeclaration))
                                           : nullptr;
     if (draw != nullptr) draw(graphics, card_, 0, 0, w, h, 0, 0, w, h);
     if (graphics != nullptr) host_.Release(graphics);

@@ -39,11 +39,8 @@ public:
     // The test card carrying a mask of its own size, made on first use.
     REALpicture maskedCard();
 
-    // The registered function of the method whose declaration starts with name
-    // and has the form asked for (a width parameter or none): "CloneQLM" has
-    // both forms. Null when the plug-in registered none.
-    enum class Form { Any, Sized, Unsized };
-    REALproc Method(const std::string& name, Form form = Form::Any) const;
+    // The registered function of the method; null when the plug-in registered none.
+    REALproc Method(const simhost::PictureMethod& method) const;
 
     // The host's own copy of the card, as the host makes one for a program: a new
     // picture with the card drawn into it by the graphics object's DrawPicture.

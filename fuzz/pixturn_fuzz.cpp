@@ -39,19 +39,6 @@ REALpicture MakePicture(SimulatedHost& host, const PictureRecipe& recipe) {
     return picture;
 }
 
-// How the host's programs call each method: its name and the number of
-// arguments besides the picture, in the order of Method.
-struct MethodName {
-    const char* name;
-    int arguments;
-};
-constexpr std::array<MethodName, kMethodCount> kMethodNames = {{
-    {"RotateQLM", 2}, {"RotateImageAndMaskQLM", 2}, {"Rotate90QLM", 0}, {"Rotate180QLM", 0},
-    {"Rotate270QLM", 0}, {"RotateMemoryQLM", 1}, {"MirrorQLM", 0}, {"VMirrorQLM", 0},
-    {"HMirrorQLM", 0}, {"MirrorPictureQLM", 0}, {"VMirrorPictureQLM", 0}, {"HMirrorPictureQLM", 0},
-    {"CloneQLM", 0}, {"CloneQLM", 2}, {"BitmapQLM", 0},
-}};
-
 // Whether a host that lacks an entry point (from the start, or for its first
 // look-ups) or a QuickDraw function brought a ledger problem on itself: the
 // plug-in skips a release or an unlock it can't find, and answers a description
@@ -123,9 +110,10 @@ void Run(const FuzzCase& fuzzCase) {
     }
     const Snapshot before = TakeSnapshot(host, receiver);
 
-    const MethodName& method = kMethodNames[static_cast<size_t>(fuzzCase.method)];
-    if (REALproc function = library.Find(method.name, method.arguments)) {
-        const Outcome outcome = Call(function, receiver, fuzzCase);
+    // Method lists the methods in the order of the table.
+    const simhost::PictureMethod& method = *simhost::kPictureMethods[static_cast<size_t>(fuzzCase.method)];
+    if (const simhost::RegisteredMethod* registered = library.Find(method)) {
+        const Outcome outcome = Call(registered->function, receiver, fuzzCase);
         if (receiver == nullptr && (outcome.picture != nullptr || outcome.flag))
             Finding("a nil receiver gave a result");
         if ((!IsInPlace(fuzzCase.method) || !outcome.flag) && TakeSnapshot(host, receiver) != before)

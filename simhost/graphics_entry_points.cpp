@@ -11,14 +11,19 @@
 
 #include "simhost/entry_points.h"
 #include "simhost/host_state.h"
+#include "simhost/simulated_host.h"
+
+namespace simhost {
+
+const char kDrawPictureDeclaration[] =
+    "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
+    "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
+
+}  // namespace simhost
 
 namespace simhost::internal::entry {
 
 namespace {
-
-constexpr const char kDrawPictureDeclaration[] =
-    "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
-    "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
 
 void DrawPicture(REALobject graphics, REALpicture image, int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx,
                  int32_t sy, int32_t sw, int32_t sh) {

@@ -30,21 +30,6 @@ std::string CopyToTemporaryFile(const std::string& libraryPath) {
     return path;
 }
 
-// The declaration's method name, and how many parameters it takes besides the
-// picture (module declarations name the picture as an "extends" parameter).
-std::pair<std::string, int> NameAndArity(const std::string& declaration) {
-    const size_t nameEnd = declaration.find_first_of(" (");
-    const std::string name = declaration.substr(0, nameEnd);
-    if (nameEnd == std::string::npos || declaration[nameEnd] != '(') return {name, 0};
-    const size_t close = declaration.find(')', nameEnd);
-    const std::string parameters = declaration.substr(nameEnd + 1, close - nameEnd - 1);
-    if (parameters.find_first_not_of(' ') == std::string::npos) return {name, 0};
-    int count = 1;
-    for (char c : parameters) count += c == ',';
-    if (parameters.rfind("extends ", 0) == 0) --count;
-    return {name, count};
-}
-
 }  // namespace
 
 PluginLibrary::PluginLibrary(SimulatedHost& host, const std::string& libraryPath) : host_(host) {
@@ -55,12 +40,6 @@ PluginLibrary::PluginLibrary(SimulatedHost& host, const std::string& libraryPath
     auto pluginMain = reinterpret_cast<void (*)(REALResolver)>(dlsym(handle, "REALPluginMain"));
     if (pluginMain == nullptr) throw std::runtime_error(libraryPath + " exports no REALPluginMain");
     pluginMain(SimulatedHost::Resolver());
-}
-
-REALproc PluginLibrary::Find(const std::string& name, int argumentCount) const {
-    for (const RegisteredMethod& method : host_.registration().methods)
-        if (NameAndArity(method.declaration) == std::pair{name, argumentCount}) return method.function;
-    return nullptr;
 }
 
 }  // namespace simhost

@@ -24,6 +24,7 @@
 
 #include "platform/macos/macos_system.h"
 #include "platform/xojo/rb_plugin.h"
+#include "simhost/picture_methods.h"
 
 namespace simhost {
 
@@ -161,25 +162,28 @@ public:
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-    // The registered function of the method called name (the declaration's text
-    // before "(" or " ") that takes argumentCount arguments besides the picture
-    // ("CloneQLM" has two forms); null when none was registered.
-    REALproc Find(const std::string& name, int argumentCount) const;
+    // What the plug-in registered for the method, in whichever form it chose;
+    // null when it registered none.
+    const RegisteredMethod* Find(const PictureMethod& method) const;
 
     // Calls a registered method with the receiver first. The argument and result
     // types must be the method's native ones (double, uint32_t, signed char,
     // int32_t; REALpicture, bool, int64_t). A method the plug-in did not
     // register throws std::out_of_range.
     template <typename Result, typename... Arguments>
-    Result Call(const std::string& name, REALpicture receiver, Arguments... arguments) const {
-        REALproc found = Find(name, static_cast<int>(sizeof...(Arguments)));
-        if (found == nullptr) throw std::out_of_range("no registered method " + name);
-        return reinterpret_cast<Result (*)(REALpicture, Arguments...)>(found)(receiver, arguments...);
+    Result Call(const PictureMethod& method, REALpicture receiver, Arguments... arguments) const {
+        const RegisteredMethod* found = Find(method);
+        if (found == nullptr) throw std::out_of_range(std::string("no registered method ") + method.declaration);
+        return reinterpret_cast<Result (*)(REALpicture, Arguments...)>(found->function)(receiver, arguments...);
     }
 
 private:
     SimulatedHost& host_;
 };
+
+// The declaration a plug-in looks the host's DrawPicture up by, on a picture's
+// graphics object; no other text finds it.
+extern const char kDrawPictureDeclaration[];
 
 // Path of the built plug-in library, for tests and tools.
 std::string DefaultPluginPath();

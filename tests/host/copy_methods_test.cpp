@@ -42,7 +42,7 @@ protected:
 };
 
 TEST_P(CopyMethodsTest, CloneHoldsTheSamePixels) {
-    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source_);
+    REALpicture clone = plugin.Call<REALpicture>(simhost::methods::kClone, source_);
     ASSERT_NE(clone, nullptr);
     EXPECT_NE(clone, source_);
     EXPECT_EQ(test_support::ReadImage(host, clone), test_support::ReadImage(host, source_));
@@ -50,7 +50,7 @@ TEST_P(CopyMethodsTest, CloneHoldsTheSamePixels) {
 }
 
 TEST_P(CopyMethodsTest, CloneToALargerSizeKeepsTheSourceUnscaledAtTheTopLeft) {
-    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source_, int32_t{18}, int32_t{12});
+    REALpicture clone = plugin.Call<REALpicture>(simhost::methods::kCloneToSize, source_, int32_t{18}, int32_t{12});
     ASSERT_NE(clone, nullptr);
     const Image source = test_support::ReadImage(host, source_);
     const Image copy = test_support::ReadImage(host, clone);
@@ -68,7 +68,7 @@ TEST_P(CopyMethodsTest, CloneToALargerSizeKeepsTheSourceUnscaledAtTheTopLeft) {
 }
 
 TEST_P(CopyMethodsTest, CloneToASmallerSizeHoldsTheTopLeftPart) {
-    REALpicture clone = plugin.Call<REALpicture>("CloneQLM", source_, int32_t{4}, int32_t{3});
+    REALpicture clone = plugin.Call<REALpicture>(simhost::methods::kCloneToSize, source_, int32_t{4}, int32_t{3});
     ASSERT_NE(clone, nullptr);
     const Image source = test_support::ReadImage(host, source_);
     const Image copy = test_support::ReadImage(host, clone);
@@ -79,14 +79,14 @@ TEST_P(CopyMethodsTest, CloneToASmallerSizeHoldsTheTopLeftPart) {
 
 TEST_P(CopyMethodsTest, CloneToAnEmptySizeIsNil) {
     for (auto [w, h] : {std::pair{0, 5}, {5, 0}, {-1, 5}, {5, -7}})
-        EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", source_, int32_t(w), int32_t(h)), nullptr);
-    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", nullptr), nullptr);
-    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", nullptr, int32_t{3}, int32_t{3}), nullptr);
+        EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kCloneToSize, source_, int32_t(w), int32_t(h)), nullptr);
+    EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, nullptr), nullptr);
+    EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kCloneToSize, nullptr, int32_t{3}, int32_t{3}), nullptr);
     ExpectBalancedAndRelease({});
 }
 
 TEST_P(CopyMethodsTest, BitmapIsTheReceiverWhenItAlreadyIsOne) {
-    REALpicture bitmap = plugin.Call<REALpicture>("BitmapQLM", source_);
+    REALpicture bitmap = plugin.Call<REALpicture>(simhost::methods::kBitmap, source_);
     const Storage storage = GetParam().storage;
     if (storage == Storage::GWorld32 || storage == Storage::VectorOnly || storage == Storage::HostBitmap) {
         EXPECT_EQ(bitmap, source_);
@@ -140,14 +140,14 @@ TEST_P(CopyFaultTest, EveryMethodLeavesTheLedgerBalanced) {
     const Storage storage = GetParam().kind == HostKind::Desktop ? Storage::GWorld24 : Storage::HostBitmap;
     REALpicture source = bench.RandomPicture(storage, 5, 4, 3);
 
-    REALpicture clone = bench.plugin.Call<REALpicture>("CloneQLM", source);
+    REALpicture clone = bench.plugin.Call<REALpicture>(simhost::methods::kClone, source);
     EXPECT_EQ(clone != nullptr, GetParam().cloneSucceeds);
     bench.ExpectBalancedAndRelease({clone});
 
     // One call at a time: the ledger must see each result alone.
     for (bool sized : {true, false}) {
-        bench.ExpectBalancedAndRelease({sized ? bench.plugin.Call<REALpicture>("CloneQLM", source, int32_t{7}, int32_t{2})
-                                              : bench.plugin.Call<REALpicture>("BitmapQLM", source)});
+        bench.ExpectBalancedAndRelease({sized ? bench.plugin.Call<REALpicture>(simhost::methods::kCloneToSize, source, int32_t{7}, int32_t{2})
+                                              : bench.plugin.Call<REALpicture>(simhost::methods::kBitmap, source)});
     }
     bench.host.Release(source);
     bench.ExpectBalancedAndRelease({});

@@ -22,27 +22,27 @@ namespace {
 using test_support::Rearrangement;
 
 struct MethodCase {
-    const char* name;
+    const simhost::PictureMethod& method;
     bool inPlace;
     Rearrangement rearrangement;
     const char* undoneBy;
 };
 
 const MethodCase kMethods[] = {
-    {"MirrorQLM", false, Rearrangement::BothWays, "MirrorQLM"},
-    {"HMirrorQLM", false, Rearrangement::LeftRight, "HMirrorQLM"},
-    {"VMirrorQLM", false, Rearrangement::TopBottom, "VMirrorQLM"},
-    {"Rotate180QLM", false, Rearrangement::BothWays, "Rotate180QLM"},
-    {"Rotate90QLM", false, Rearrangement::QuarterAnticlockwise, "Rotate270QLM"},
-    {"Rotate270QLM", false, Rearrangement::QuarterClockwise, "Rotate90QLM"},
-    {"MirrorPictureQLM", true, Rearrangement::BothWays, "MirrorPictureQLM"},
-    {"HMirrorPictureQLM", true, Rearrangement::LeftRight, "HMirrorPictureQLM"},
-    {"VMirrorPictureQLM", true, Rearrangement::TopBottom, "VMirrorPictureQLM"},
+    {simhost::methods::kMirror, false, Rearrangement::BothWays, "MirrorQLM"},
+    {simhost::methods::kHMirror, false, Rearrangement::LeftRight, "HMirrorQLM"},
+    {simhost::methods::kVMirror, false, Rearrangement::TopBottom, "VMirrorQLM"},
+    {simhost::methods::kRotate180, false, Rearrangement::BothWays, "Rotate180QLM"},
+    {simhost::methods::kRotate90, false, Rearrangement::QuarterAnticlockwise, "Rotate270QLM"},
+    {simhost::methods::kRotate270, false, Rearrangement::QuarterClockwise, "Rotate90QLM"},
+    {simhost::methods::kMirrorInPlace, true, Rearrangement::BothWays, "MirrorPictureQLM"},
+    {simhost::methods::kHMirrorInPlace, true, Rearrangement::LeftRight, "HMirrorPictureQLM"},
+    {simhost::methods::kVMirrorInPlace, true, Rearrangement::TopBottom, "VMirrorPictureQLM"},
 };
 
 const MethodCase& MethodNamed(const std::string& name) {
     for (const MethodCase& method : kMethods)
-        if (name == method.name) return method;
+        if (name == method.method.name) return method;
     throw std::invalid_argument(name);
 }
 
@@ -53,8 +53,8 @@ Image Model(const Image& from, const MethodCase& method) {
 // The new picture (one reference, the caller's), or the receiver itself when an
 // in-place method answered true; nil on failure.
 REALpicture Apply(const simhost::PluginLibrary& plugin, const MethodCase& method, REALpicture receiver) {
-    if (!method.inPlace) return plugin.Call<REALpicture>(method.name, receiver);
-    return plugin.Call<bool>(method.name, receiver) ? receiver : nullptr;
+    if (!method.inPlace) return plugin.Call<REALpicture>(method.method, receiver);
+    return plugin.Call<bool>(method.method, receiver) ? receiver : nullptr;
 }
 
 struct HostCase {
@@ -125,7 +125,7 @@ TEST_P(MirrorTurnTest, NewPicturesHaveSidesUpTo32767AndInPlaceMirrorsNoLimit) {
 INSTANTIATE_TEST_SUITE_P(HostsAndMethods, MirrorTurnTest,
                          ::testing::Combine(::testing::ValuesIn(kHosts), ::testing::ValuesIn(kMethods)),
                          [](const auto& info) {
-                             return std::string(std::get<0>(info.param).name) + "_" + std::get<1>(info.param).name;
+                             return std::string(std::get<0>(info.param).name) + "_" + std::get<1>(info.param).method.name;
                          });
 
 TEST(MirrorTurnExamples, ThreeByTwoTurnsAndMirrorEqualsHalfTurn) {
@@ -135,16 +135,16 @@ TEST(MirrorTurnExamples, ThreeByTwoTurnsAndMirrorEqualsHalfTurn) {
         f{16, 17, 18, 255};
     REALpicture picture = host.MakePicture(Storage::GWorld32, 3, 2);
     test_support::WriteImage(host, picture, {3, 2, {a, b, c, d, e, f}});
-    const std::pair<const char*, Image> expected[] = {
-        {"Rotate90QLM", {2, 3, {c, f, b, e, a, d}}},
-        {"Rotate180QLM", {3, 2, {f, e, d, c, b, a}}},
-        {"MirrorQLM", {3, 2, {f, e, d, c, b, a}}},
-        {"Rotate270QLM", {2, 3, {d, a, e, b, f, c}}},
+    const std::pair<const simhost::PictureMethod&, Image> expected[] = {
+        {simhost::methods::kRotate90, {2, 3, {c, f, b, e, a, d}}},
+        {simhost::methods::kRotate180, {3, 2, {f, e, d, c, b, a}}},
+        {simhost::methods::kMirror, {3, 2, {f, e, d, c, b, a}}},
+        {simhost::methods::kRotate270, {2, 3, {d, a, e, b, f, c}}},
     };
-    for (const auto& [name, image] : expected) {
-        REALpicture turned = bench.plugin.Call<REALpicture>(name, picture);
-        ASSERT_NE(turned, nullptr) << name;
-        EXPECT_EQ(test_support::ReadImage(host, turned), image) << name;
+    for (const auto& [method, image] : expected) {
+        REALpicture turned = bench.plugin.Call<REALpicture>(method, picture);
+        ASSERT_NE(turned, nullptr) << method.name;
+        EXPECT_EQ(test_support::ReadImage(host, turned), image) << method.name;
         bench.ExpectBalancedAndRelease({turned});
     }
     host.Release(picture);
@@ -186,7 +186,7 @@ TEST_P(MirrorTurnFaultTest, EveryMethodFailsCleanlyOrIsRight) {
     const Storage storage = GetParam().kind == HostKind::Desktop ? Storage::GWorld32 : Storage::HostBitmap;
     REALpicture receiver = bench.RandomPicture(storage, 5, 4, 4);
     for (const MethodCase& method : kMethods) {
-        SCOPED_TRACE(method.name);
+        SCOPED_TRACE(method.method.name);
         const Image before = test_support::ReadImage(host, receiver);
         REALpicture result = Apply(bench.plugin, method, receiver);
         EXPECT_EQ(result != nullptr, method.inPlace ? GetParam().inPlace : GetParam().newPictures);

@@ -31,7 +31,7 @@ struct Bench : test_support::PluginBench {
         return picture;
     }
     REALpicture Call(REALpicture picture, double angle, bool cut) {
-        return plugin.Call<REALpicture>("RotateImageAndMaskQLM", picture, angle, static_cast<signed char>(cut));
+        return plugin.Call<REALpicture>(simhost::methods::kRotateImageAndMask, picture, angle, static_cast<signed char>(cut));
     }
 };
 
@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, RotateImageAndMaskTest,
 TEST(RotateImageAndMaskCallTest, WithoutAMaskItIsRotateWithAllOnes) {
     Bench bench(simhost::HostConfig{});
     REALpicture source = bench.RandomPicture(Storage::GWorld32, 100, 50, 3);
-    REALpicture rotated = bench.plugin.Call<REALpicture>("RotateQLM", source, 30.0, kAllOnes);
+    REALpicture rotated = bench.plugin.Call<REALpicture>(simhost::methods::kRotate, source, 30.0, kAllOnes);
     REALpicture whole = bench.Call(source, 30, false);
     REALpicture cut = bench.Call(source, 30, true);
     ASSERT_TRUE(rotated && whole && cut);

@@ -29,7 +29,7 @@ struct Bench : test_support::PluginBench {
               return config;
           }()) {}
     REALpicture Rotate(REALpicture picture, double angle, uint32_t background) {
-        return plugin.Call<REALpicture>("RotateQLM", picture, angle, background);
+        return plugin.Call<REALpicture>(simhost::methods::kRotate, picture, angle, background);
     }
 };
 

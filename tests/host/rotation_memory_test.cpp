@@ -21,7 +21,7 @@ protected:
         EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
     }
     int64_t Estimate(REALpicture picture, double angle) const {
-        return plugin_.Call<int64_t>("RotateMemoryQLM", picture, angle);
+        return plugin_.Call<int64_t>(simhost::methods::kRotateMemory, picture, angle);
     }
 
     simhost::SimulatedHost host_;

@@ -15,42 +15,15 @@ using Form = simhost::Registration::Form;
 
 namespace {
 
-const std::vector<std::string> kClassDeclarations = {
-    "RotateQLM(angle as double, background as color = &cFFFFFFFF) as picture",
-    "RotateImageAndMaskQLM(angle as double, cut as boolean = False) as picture",
-    "Rotate90QLM as picture",
-    "Rotate180QLM as picture",
-    "Rotate270QLM as picture",
-    "RotateMemoryQLM(angle as double) as Int64",
-    "MirrorQLM as picture",
-    "VMirrorQLM as picture",
-    "HMirrorQLM as picture",
-    "MirrorPictureQLM as boolean",
-    "VMirrorPictureQLM as boolean",
-    "HMirrorPictureQLM as boolean",
-    "CloneQLM as picture",
-    "CloneQLM(width as integer, height as integer) as picture",
-    "BitmapQLM as picture",
-};
 const char kSixDigitRotate[] = "RotateQLM(angle as double, background as color = &cFFFFFF) as picture";
 
-const std::vector<std::string> kModuleDeclarations = {
-    "RotateQLM(extends ref as Picture, angle as double, background as color = &cFFFFFFFF) as picture",
-    "RotateImageAndMaskQLM(extends ref as Picture, angle as double, cut as boolean = False) as picture",
-    "Rotate90QLM(extends ref as Picture) as picture",
-    "Rotate180QLM(extends ref as Picture) as picture",
-    "Rotate270QLM(extends ref as Picture) as picture",
-    "RotateMemoryQLM(extends ref as Picture, angle as double) as Int64",
-    "MirrorQLM(extends ref as Picture) as picture",
-    "VMirrorQLM(extends ref as Picture) as picture",
-    "HMirrorQLM(extends ref as Picture) as picture",
-    "MirrorPictureQLM(extends ref as Picture) as boolean",
-    "VMirrorPictureQLM(extends ref as Picture) as boolean",
-    "HMirrorPictureQLM(extends ref as Picture) as boolean",
-    "CloneQLM(extends ref as Picture) as picture",
-    "CloneQLM(extends ref as Picture, width as integer, height as integer) as picture",
-    "BitmapQLM(extends ref as Picture) as picture",
-};
+// A class-extension declaration as a global method taking the picture first.
+std::string AsModuleMethod(const std::string& declaration) {
+    const size_t split = declaration.find_first_of(" (");
+    const bool parameters = declaration[split] == '(';
+    return declaration.substr(0, split) + "(extends ref as Picture" + (parameters ? ", " : ")") +
+           declaration.substr(split + (parameters ? 1 : 0));
+}
 
 simhost::HostConfig ConfigFor(std::optional<double> version, std::set<std::string> missing = {}) {
     simhost::HostConfig config;
@@ -102,8 +75,12 @@ TEST_P(StartupTest, RegistersTheFormThisHostUnderstands) {
     EXPECT_EQ(registration.announcedVersion, c.definitionVersion);
     EXPECT_EQ(registration.olderLayout, c.definitionVersion == 9);
 
-    std::vector<std::string> declarations = c.form == Form::Module ? kModuleDeclarations : kClassDeclarations;
-    if (c.sixDigitColour) declarations[0] = kSixDigitRotate;
+    std::vector<std::string> declarations;
+    for (const simhost::PictureMethod* method : simhost::kPictureMethods) {
+        const std::string declaration =
+            method == &simhost::methods::kRotate && c.sixDigitColour ? kSixDigitRotate : method->declaration;
+        declarations.push_back(c.form == Form::Module ? AsModuleMethod(declaration) : declaration);
+    }
     const uint32_t methodFlags = c.form == Form::Module ? 0x14 : c.classFlags;
     if (c.form == Form::Module) {
         EXPECT_EQ(registration.name, "PicturePixTurnExtensionQLM");
@@ -177,10 +154,10 @@ TEST(StartupEntryPoints, AMissingEntryPointIsAskedForAgainAtEachCall) {
     simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
     REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 3, 2);
     const int lookupsBefore = host.Lookups("newPicture");
-    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", source), nullptr);
+    EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, source), nullptr);
     const int lookupsPerCall = host.Lookups("newPicture") - lookupsBefore;
     EXPECT_GE(lookupsPerCall, 1);
-    EXPECT_EQ(plugin.Call<REALpicture>("CloneQLM", source), nullptr);
+    EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, source), nullptr);
     EXPECT_EQ(host.Lookups("newPicture"), lookupsBefore + 2 * lookupsPerCall);
     EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
     host.Release(source);

@@ -66,31 +66,31 @@ struct MethodCase {
     std::function<REALpicture(const simhost::PluginLibrary&, REALpicture)> call;
 };
 
-REALpicture InPlace(const simhost::PluginLibrary& plugin, const char* name, REALpicture receiver) {
-    return plugin.Call<bool>(name, receiver) ? receiver : nullptr;
+REALpicture InPlace(const simhost::PluginLibrary& plugin, const simhost::PictureMethod& method, REALpicture receiver) {
+    return plugin.Call<bool>(method, receiver) ? receiver : nullptr;
 }
 
 const MethodCase kMethods[] = {
-    {"rotate", {"--angle", "30"}, [](auto& p, auto r) { return p.template Call<REALpicture>("RotateQLM", r, 30.0, 0xFFFFFFFFu); }},
+    {"rotate", {"--angle", "30"}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotate, r, 30.0, 0xFFFFFFFFu); }},
     {"rotate", {"--angle", "-12.5", "--background", "&c10203040"},
-     [](auto& p, auto r) { return p.template Call<REALpicture>("RotateQLM", r, -12.5, 0x40102030u); }},
+     [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotate, r, -12.5, 0x40102030u); }},
     {"rotate", {"--angle", "200", "--background", "0x80FF0000"},
-     [](auto& p, auto r) { return p.template Call<REALpicture>("RotateQLM", r, 200.0, 0x80FF0000u); }},
+     [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotate, r, 200.0, 0x80FF0000u); }},
     {"rotate-mask", {"--angle", "30", "--cut"},
-     [](auto& p, auto r) { return p.template Call<REALpicture>("RotateImageAndMaskQLM", r, 30.0, (signed char)1); }},
-    {"rotate90", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("Rotate90QLM", r); }},
-    {"rotate180", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("Rotate180QLM", r); }},
-    {"rotate270", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("Rotate270QLM", r); }},
-    {"mirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("MirrorQLM", r); }},
-    {"hmirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("HMirrorQLM", r); }},
-    {"vmirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("VMirrorQLM", r); }},
-    {"mirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, "MirrorPictureQLM", r); }},
-    {"hmirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, "HMirrorPictureQLM", r); }},
-    {"vmirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, "VMirrorPictureQLM", r); }},
-    {"clone", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("CloneQLM", r); }},
+     [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotateImageAndMask, r, 30.0, (signed char)1); }},
+    {"rotate90", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotate90, r); }},
+    {"rotate180", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotate180, r); }},
+    {"rotate270", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kRotate270, r); }},
+    {"mirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kMirror, r); }},
+    {"hmirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kHMirror, r); }},
+    {"vmirror", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kVMirror, r); }},
+    {"mirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, simhost::methods::kMirrorInPlace, r); }},
+    {"hmirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, simhost::methods::kHMirrorInPlace, r); }},
+    {"vmirror-in-place", {}, [](auto& p, auto r) { return InPlace(p, simhost::methods::kVMirrorInPlace, r); }},
+    {"clone", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kClone, r); }},
     {"clone", {"--size", "13x4"},
-     [](auto& p, auto r) { return p.template Call<REALpicture>("CloneQLM", r, int32_t{13}, int32_t{4}); }},
-    {"bitmap", {}, [](auto& p, auto r) { return p.template Call<REALpicture>("BitmapQLM", r); }},
+     [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kCloneToSize, r, int32_t{13}, int32_t{4}); }},
+    {"bitmap", {}, [](auto& p, auto r) { return p.template Call<REALpicture>(simhost::methods::kBitmap, r); }},
 };
 
 class MethodPixels : public testing::TestWithParam<std::tuple<HostCase, MethodCase>> {};
@@ -146,7 +146,7 @@ TEST_P(MaskPixels, PictureAndMaskTurnTogether) {
     const REALpicture receiver = reference.Picture(input);
     const REALpicture maskPicture = reference.Picture(mask);
     reference.host.SetMask(receiver, maskPicture);
-    const REALpicture result = reference.plugin.Call<REALpicture>("RotateImageAndMaskQLM", receiver, -40.0, (signed char)0);
+    const REALpicture result = reference.plugin.Call<REALpicture>(simhost::methods::kRotateImageAndMask, receiver, -40.0, (signed char)0);
     ASSERT_NE(result, nullptr);
     ASSERT_NE(reference.host.MaskOf(result), nullptr);
     EXPECT_EQ(ReadPng(dir / "out.png").image, reference.Read(result));
@@ -169,7 +169,7 @@ TEST(PixturnMemory, PrintsThePluginsNumberForAFileAndForASize) {
         const RunResult run = RunPixturn(arguments);
         ASSERT_EQ(run.status, 0) << run.err;
         const REALpicture picture = reference.host.MakePicture(Storage::GWorld32, 100, 50);
-        const int64_t expected = reference.plugin.Call<int64_t>("RotateMemoryQLM", picture, 30.0);
+        const int64_t expected = reference.plugin.Call<int64_t>(simhost::methods::kRotateMemory, picture, 30.0);
         EXPECT_EQ(run.out.substr(0, run.out.find(' ')), std::to_string(expected)) << run.out;
     }
 }
@@ -187,7 +187,7 @@ TEST(PixturnRotate, DefaultBackgroundFollowsTheRegisteredDeclaration) {
         EXPECT_NE(run.out.find(background == 0xFFFFFFFFu ? "&cFFFFFFFF" : "&cFFFFFF00"), std::string::npos) << run.out;
         Reference reference(kHosts[0], std::stod(version));
         const REALpicture result =
-            reference.plugin.Call<REALpicture>("RotateQLM", reference.Picture(input), 20.0, background);
+            reference.plugin.Call<REALpicture>(simhost::methods::kRotate, reference.Picture(input), 20.0, background);
         EXPECT_EQ(ReadPng(dir / "out.png").image, reference.Read(result)) << version;
     }
 }

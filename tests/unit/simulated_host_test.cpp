@@ -28,9 +28,6 @@ const auto LockAs = [] {
     return EntryPoint<bool (*)(REALpicture, REALpictureDescription*, int32_t)>("REALLockPictureDescription");
 };
 const auto Unlock = [] { return EntryPoint<void (*)(REALpicture)>("unlockPictureDescription"); };
-constexpr const char kDrawPictureDeclaration[] =
-    "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, sx as Integer = 0, "
-    "sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
 
 const auto NewPicture = [] { return EntryPoint<REALpicture (*)(int32_t, int32_t, int32_t)>("newPicture"); };
 
@@ -144,7 +141,7 @@ TEST(SimulatedHost, DrawPictureCopiesTheOverlapOnly) {
     REALobject graphics = EntryPoint<REALobject (*)(REALpicture)>("pluginPictureGraphicsGetter")(destination);
     auto draw = reinterpret_cast<void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t,
                                           int32_t, int32_t, int32_t)>(
-        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, kDrawPictureDeclaration));
+        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, simhost::kDrawPictureDeclaration));
     ASSERT_NE(draw, nullptr);
     draw(graphics, source, 0, 0, 4, 4, -1, 1, 4, 4);
     UnlockObject()(graphics);
@@ -184,7 +181,7 @@ TEST_P(SameStorageTest, FillAndDrawStoreWhatWriteStores) {
     REALobject graphics = EntryPoint<REALobject (*)(REALpicture)>("pluginPictureGraphicsGetter")(destination);
     auto draw = reinterpret_cast<void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t,
                                           int32_t, int32_t, int32_t)>(
-        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, kDrawPictureDeclaration));
+        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics, simhost::kDrawPictureDeclaration));
     draw(graphics, source, 1, 1, 3, 2, 0, 0, 3, 2);
     UnlockObject()(graphics);
     for (int32_t y = 0; y < 3; ++y)

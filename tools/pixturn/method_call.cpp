@@ -7,8 +7,8 @@
 #include <chrono>
 #include <vector>
 
+#include "simhost/declarations.h"
 #include "tools/pixturn/colour_literal.h"
-#include "tools/pixturn/declarations.h"
 #include "tools/pixturn/failure.h"
 
 namespace pixturn {
@@ -16,7 +16,7 @@ namespace pixturn {
 namespace {
 
 uint32_t DeclaredBackground(const simhost::RegisteredMethod& method) {
-    const std::optional<std::string> literal = ParameterDefault(method.declaration, "background");
+    const std::optional<std::string> literal = simhost::ParameterDefault(method.declaration, "background");
     const std::optional<uint32_t> value = literal ? ParseColour(*literal) : std::nullopt;
     if (!value) throw RunError("no readable default background in \"" + method.declaration + "\"; give --background");
     return *value;

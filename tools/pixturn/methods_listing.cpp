@@ -5,7 +5,6 @@
 
 #include "tools/pixturn/command_support.h"
 #include "tools/pixturn/commands.h"
-#include "tools/pixturn/declarations.h"
 #include "tools/pixturn/failure.h"
 
 namespace pixturn {

@@ -8,7 +8,6 @@
 #include <cstring>
 #include <exception>
 
-#include "tools/pixturn/declarations.h"
 #include "tools/pixturn/failure.h"
 
 namespace pixturn {
@@ -66,10 +65,8 @@ PluginHost::PluginHost(const HostSettings& settings)
 }
 
 const simhost::RegisteredMethod& PluginHost::Method(const MethodEntry& entry) const {
-    for (const simhost::RegisteredMethod& method : registration().methods) {
-        if (method.function != nullptr && DeclarationSignature(method.declaration) == entry.signature) return method;
-    }
-    throw RunError(std::string("the plug-in registered no method ") + entry.signature + " on this host");
+    if (const simhost::RegisteredMethod* method = plugin_->Find(entry)) return *method;
+    throw RunError(std::string("the plug-in registered no method \"") + entry.declaration + "\" on this host");
 }
 
 HostPicture PluginHost::MakeBlankPicture(int32_t width, int32_t height) {

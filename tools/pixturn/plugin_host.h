@@ -69,8 +69,8 @@ public:
     const std::string& pluginPath() const { return pluginPath_; }
     const simhost::Registration& registration() const { return host_.registration(); }
 
-    // The registered method whose declaration has the entry's signature. Throws
-    // Failure when the plug-in registered none.
+    // What the plug-in registered for the method. Throws Failure when it
+    // registered none.
     const simhost::RegisteredMethod& Method(const MethodEntry& entry) const;
 
     // A new picture in the storage of the chosen host kind holding the image;

@@ -1,12 +1,15 @@
 // Reading the method declarations a plug-in registers, as the host's compiler
 // would: which method a declaration names, with which parameter and result
-// types, and the default value of a parameter.
+// types, and the default value of a parameter. Matching by signature rather than
+// by exact text finds the same method in every registration form a plug-in
+// chooses for a host version (class extension, older layout, module of global
+// methods).
 #pragma once
 
 #include <optional>
 #include <string>
 
-namespace pixturn {
+namespace simhost {
 
 // Name, parameter types and result type, lower-cased where the host language
 // ignores case, without parameter names, defaults or the extended object of a
@@ -20,4 +23,4 @@ std::string DeclarationSignature(const std::string& declaration);
 // parameter is missing or has no default.
 std::optional<std::string> ParameterDefault(const std::string& declaration, const std::string& parameter);
 
-}  // namespace pixturn
+}  // namespace simhost

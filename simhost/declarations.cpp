@@ -1,13 +1,10 @@
-// Matching registered methods by signature rather than by exact text lets the
-// command find the same method in every registration form the plug-in chooses
-// for a host version (class extension, older layout, module of global methods).
-#include "tools/pixturn/declarations.h"
+#include "simhost/declarations.h"
 
 #include <algorithm>
 #include <cctype>
 #include <vector>
 
-namespace pixturn {
+namespace simhost {
 
 namespace {
 
@@ -90,4 +87,4 @@ std::optional<std::string> ParameterDefault(const std::string& declaration, cons
     return std::nullopt;
 }
 
-}  // namespace pixturn
+}  // namespace simhost
