@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "picture/copying.h"
-#include "picture/description_lock.h"
+#include "picture/host_picture.h"
 #include "picture/legacy_bridge.h"
 #include "plugin/host_entry_points.h"
 #include "plugin/methods.h"

@@ -2,9 +2,7 @@
 
 #include <cstring>
 
-#include "picture/description_lock.h"
-#include "picture/legacy_bridge.h"
-#include "picture/picture_editor.h"
+#include "picture/host_picture.h"
 #include "plugin/host_entry_points.h"
 
 namespace {
@@ -41,19 +39,6 @@ bool CopyHostBitmapRows(const void* destRecord, const void* srcRecord) {
 }
 
 }  // namespace
-
-int32_t ReadIntProperty(REALobject object, const char* property) {
-    int32_t value = 0;
-    if (!REALGetPropValueInt32(object, property, &value)) return 0;
-    return value;
-}
-
-REALpicture NewDepth32Picture(int32_t width, int32_t height) {
-    // The host makes no picture with a side outside 1..32767, and asking is a fault.
-    if (!IsValidPictureSize(width, height)) return nullptr;
-    legacy::ResetDrawingPort();
-    return REALNewPicture(width, height, 32);
-}
 
 // A failed draw is not a failure: the new picture comes back as the host made it.
 REALpicture DrawIntoNewPicture(REALpicture source, int32_t width, int32_t height) {

@@ -9,16 +9,9 @@
 
 #include "platform/xojo/rb_plugin.h"
 
-// Resets the legacy drawing port and asks the host for a new depth-32 picture;
-// nil when the host cannot make one. One reference, owned by the caller.
-REALpicture NewDepth32Picture(int32_t width, int32_t height);
-
 REALpicture DrawIntoNewPicture(REALpicture source, int32_t width, int32_t height);
 REALpicture ClonePicture(REALpicture picture);
 void GraphicsDrawPicture(REALpicture dest, REALpicture src, int32_t x, int32_t y, int32_t w,
                          int32_t h, int32_t sx, int32_t sy, int32_t sw, int32_t sh);
 bool OwnCopy(REALpicture dest, REALpicture src, int32_t x, int32_t y, int32_t w, int32_t h,
              int32_t sx, int32_t sy, int32_t sw, int32_t sh);
-
-// A host property read as a 32-bit integer; 0 when it cannot be read.
-int32_t ReadIntProperty(REALobject object, const char* property);

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "picture/copying.h"
-#include "picture/description_lock.h"
+#include "picture/host_picture.h"
 #include "picture/legacy_bridge.h"
 #include "plugin/host_entry_points.h"
 

@@ -8,12 +8,14 @@
 // host that keeps handing back unusual pictures cannot make it recurse.
 //
 // Row and pixel access costs one row-bound comparison and one format test and
-// makes no host call: the transforms call them per pixel. The templated loops of
-// pixel_formats.h skip even the format test.
+// makes no host call: the transforms call them per pixel. Their specialised loops
+// (transforms/pixel_moves.h, transforms/skew_loops.h) pick the format once per
+// pass and skip even the format test.
 #pragma once
 
 #include <cstdint>
 
+#include "picture/host_picture.h"
 #include "platform/macos/QuickDraw.h"
 #include "platform/xojo/rb_plugin.h"
 
@@ -79,12 +81,6 @@ private:
 
 class PictureReader : public PictureEditor {};
 class PictureWriter : public PictureEditor {};
-
-// Every picture the transforms ask the host to make is 1 to 32767 pixels a side.
-constexpr int32_t kMaxPictureSide = 32767;
-inline bool IsValidPictureSize(int32_t width, int32_t height) {
-    return width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide;
-}
 
 // Makes a new depth-32 picture (legacy port reset first) and binds the writer to
 // it. The creation reference is given up at once, bound or not: the writer's own

@@ -1,6 +1,6 @@
-// Angle normalisation and the integer conversions the rotations share. The
-// rotation and its memory estimate must agree on every size to the pixel, so both
-// take these from here.
+// Angle normalisation and the integer conversions of the rotations. The memory
+// estimate must take the same quarter turn and residual angle as the rotation it
+// bounds, so both take them from here.
 #pragma once
 
 #include <cstdint>

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "picture/copying.h"
+#include "picture/host_picture.h"
 #include "picture/picture_editor.h"
 #include "plugin/host_entry_points.h"
 #include "plugin/methods.h"

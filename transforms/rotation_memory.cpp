@@ -1,11 +1,15 @@
-// An upper estimate of the pixel memory a rotation by the same angle claims in new
-// pictures, at 4 bytes per pixel, counted as if all of them were alive at once:
-// the quarter-turned working picture and the three shear passes. It follows the
-// rotation's angle handling and size arithmetic step by step but makes no picture.
+// "RotateMemoryQLM": an upper estimate of the pixel memory "RotateQLM" claims in
+// new pictures for the same picture and angle, at 4 bytes per pixel, counted as
+// if all of them were alive at once: the quarter-turned working picture and the
+// three shear passes. It reads only the picture's width and height and makes no
+// picture. The angle handling and the first pass are the rotation's own; the
+// second and third passes are sized from the sides of the pass before them where
+// the rotation uses the working picture's, which can only make them larger, and
+// no size limit applies.
 #include <cmath>
 #include <cstdint>
 
-#include "picture/copying.h"
+#include "picture/host_picture.h"
 #include "plugin/methods.h"
 #include "transforms/angle.h"
 
