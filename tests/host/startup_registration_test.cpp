@@ -153,12 +153,11 @@ TEST(StartupEntryPoints, AMissingEntryPointIsAskedForAgainAtEachCall) {
     simhost::SimulatedHost host(ConfigFor(2013.04, {"newPicture"}));
     simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
     REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 3, 2);
-    const int lookupsBefore = host.Lookups("newPicture");
-    EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, source), nullptr);
-    const int lookupsPerCall = host.Lookups("newPicture") - lookupsBefore;
-    EXPECT_GE(lookupsPerCall, 1);
-    EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, source), nullptr);
-    EXPECT_EQ(host.Lookups("newPicture"), lookupsBefore + 2 * lookupsPerCall);
+    for (int call = 1; call <= 2; ++call) {
+        const int lookupsBefore = host.Lookups("newPicture");
+        EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, source), nullptr);
+        EXPECT_EQ(host.Lookups("newPicture"), lookupsBefore + 1) << "call " << call;
+    }
     EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
     host.Release(source);
 }

@@ -29,25 +29,12 @@ bool FitsLimits(double width, double height) {
     return width >= 1 && height >= 1 && width <= kSideLimit && height <= kSideLimit;
 }
 
-Image Stored(const Image& image, Storage storage) {
-    Image stored = image;
-    for (Rgba& p : stored.pixels) p = StoredPixel(storage, p.r, p.g, p.b, p.a);
-    return stored;
-}
-
 // Quarter turns anticlockwise, as the host shows them once stored.
 std::optional<Image> Turned(const Image& source, int quarters, Storage storage) {
-    const int32_t w = source.width, h = source.height;
-    if (!FitsLimits(w, h)) return std::nullopt;
-    const bool exchanged = quarters % 2 == 1;
-    Image turned = Blank(exchanged ? h : w, exchanged ? w : h);
-    for (int32_t y = 0; y < turned.height; ++y)
-        for (int32_t x = 0; x < turned.width; ++x) {
-            if (quarters == 1) turned.at(x, y) = source.at(w - 1 - y, x);
-            if (quarters == 2) turned.at(x, y) = source.at(w - 1 - x, h - 1 - y);
-            if (quarters == 3) turned.at(x, y) = source.at(y, h - 1 - x);
-        }
-    return Stored(turned, storage);
+    if (!FitsLimits(source.width, source.height)) return std::nullopt;
+    const Rearrangement turns[] = {Rearrangement::QuarterAnticlockwise, Rearrangement::BothWays,
+                                   Rearrangement::QuarterClockwise};
+    return Stored(Rearranged(source, turns[quarters - 1]), storage);
 }
 
 // Position d of a line of `length` source pixels shifted by skew. Source pixel
@@ -73,6 +60,12 @@ Rgba ShearedPixel(SourceAt sourceAt, int32_t length, int32_t d, double skew, con
 }
 
 }  // namespace
+
+Image Stored(const Image& image, Storage storage) {
+    Image stored = image;
+    for (Rgba& p : stored.pixels) p = StoredPixel(storage, p.r, p.g, p.b, p.a);
+    return stored;
+}
 
 Rgba StoredPixel(Storage storage, int32_t r, int32_t g, int32_t b, int32_t a) {
     const Rgba written{uint8_t(r & 0xFF), uint8_t(g & 0xFF), uint8_t(b & 0xFF), uint8_t(a & 0xFF)};

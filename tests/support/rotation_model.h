@@ -16,6 +16,7 @@ namespace test_support {
 // have been written into it: a 24-bit world reads alpha 255, a host bitmap keeps
 // 7 bits of alpha.
 simhost::Rgba StoredPixel(simhost::Storage storage, int32_t r, int32_t g, int32_t b, int32_t a);
+Image Stored(const Image& image, simhost::Storage storage);
 
 // The picture "RotateQLM" gives for a receiver showing `source`, when every
 // picture the host makes for the plug-in has storage `newPictures` (GWorld32,
