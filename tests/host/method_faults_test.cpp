@@ -67,6 +67,8 @@ const FaultCase kFaults[] = {
      }},
     {"NoFramework", HostKind::Desktop, 30, "-- --- ~ --- --- +++",
      [](auto& c) { c.system.applicationServicesInstalled = false; }},
+    {"ConsoleWithoutFramework", HostKind::Console, 30, "++ +++ ~ +++ +++ +++",
+     [](auto& c) { c.system.applicationServicesInstalled = false; }},
     {"NoSetGWorld", HostKind::Desktop, 60, "++ +++ ~ +++ +++ +++",
      [](auto& c) { c.system.missingFunctions = {"SetGWorld"}; }},
     {"NoHostKindAnswer", HostKind::Undecided, 60, "++ +++ ~ +++ +++ +++", [](auto&) {}},

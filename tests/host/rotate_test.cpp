@@ -1,5 +1,5 @@
 // "RotateQLM" through the shipped library: every pixel against the slow model on
-// desktop 32- and 24-bit receivers and console host bitmaps, at angles on and
+// every host kind and storage, at angles on and
 // around every boundary of the quarter-turn reduction; result sizes, the 32767
 // limit of every pass picture, and angles that give nil.
 #include <gtest/gtest.h>
@@ -10,7 +10,6 @@
 #include <tuple>
 
 #include "tests/harness/plugin_bench.h"
-#include "tests/support/rotation_model.h"
 
 using simhost::HostKind;
 using simhost::Storage;
@@ -21,37 +20,24 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-struct HostCase {
-    HostKind kind;
-    Storage receiver, newPictures;
-    const char* name;
-};
-
-const HostCase kHostCases[] = {
-    {HostKind::Desktop, Storage::GWorld32, Storage::GWorld32, "Desktop32"},
-    {HostKind::Desktop, Storage::GWorld24, Storage::GWorld32, "Desktop24"},
-    {HostKind::Console, Storage::HostBitmap, Storage::HostBitmap, "Console"},
-};
-
 // One exact quarter (the rest take the same clone or turn), the quarter-turn
 // bounds and their neighbours, negative and whole-turn-and-more angles.
 const double kAngles[] = {0, 90, 180, 270, 45, 46, 135, 225.5, 315, 330, 30, 60, 1e-10, -30, -135, 1000.25, 89.999};
 
-class RotateModelTest : public ::testing::TestWithParam<std::tuple<HostCase, double>> {};
+class RotateModelTest : public ::testing::TestWithParam<std::tuple<test_support::HostCase, double>> {};
 
 TEST_P(RotateModelTest, EveryPixelIsTheModels) {
     const auto [hostCase, angle] = GetParam();
     PluginBench bench(hostCase.kind);
     std::mt19937 random(static_cast<uint32_t>(std::fabs(angle) * 1000) + 1);
     for (const auto& [width, height] : {std::pair{23, 17}, {1, 9}, {40, 1}}) {
-        REALpicture source = bench.RandomPicture(hostCase.receiver, width, height, random());
-        const uint32_t background = random();
+        REALpicture source = bench.RandomPicture(hostCase.storage, width, height, random());
+        const test_support::Arguments arguments{.angle = angle, .background = uint32_t(random())};
         const Image before = test_support::ReadImage(bench.host, source);
-        REALpicture result = bench.Apply(simhost::methods::kRotate, source, {.angle = angle, .background = background});
+        REALpicture result = bench.Apply(simhost::methods::kRotate, source, arguments);
         ASSERT_NE(result, nullptr);
-        EXPECT_EQ(bench.host.StorageOf(result), hostCase.newPictures);
         EXPECT_EQ(test_support::ReadImage(bench.host, result),
-                  test_support::ModelRotate(before, angle, background, hostCase.newPictures))
+                  bench.Expected(simhost::methods::kRotate, before, arguments))
             << width << "x" << height;
         EXPECT_EQ(test_support::ReadImage(bench.host, source), before) << "the receiver is left alone";
         bench.ExpectBalancedAndRelease({result});
@@ -60,7 +46,8 @@ TEST_P(RotateModelTest, EveryPixelIsTheModels) {
 }
 
 INSTANTIATE_TEST_SUITE_P(HostsAndAngles, RotateModelTest,
-                         ::testing::Combine(::testing::ValuesIn(kHostCases), ::testing::ValuesIn(kAngles)),
+                         ::testing::Combine(::testing::ValuesIn(test_support::kHostCases),
+                                            ::testing::ValuesIn(kAngles)),
                          [](const auto& info) {
                              return std::string(std::get<0>(info.param).name) + "_" + std::to_string(info.index);
                          });

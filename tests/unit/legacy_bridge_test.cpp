@@ -5,9 +5,8 @@
 
 #include "picture/legacy_bridge.h"
 #include "picture/picture_editor.h"
-#include "plugin/startup_state.h"
-#include "simhost/simulated_host.h"
 #include "tests/support/pictures.h"
+#include "tests/unit/started_host.h"
 
 using simhost::HostKind;
 using simhost::Storage;
@@ -24,12 +23,8 @@ simhost::HostConfig DesktopWithout(std::set<std::string> missingFunctions, bool 
 
 class BridgeTest : public ::testing::Test {
 protected:
-    void Start(const simhost::HostConfig& config) {
-        host_.emplace(config);
-        gResolver = simhost::SimulatedHost::Resolver();
-        rbversion_rbversion = *config.version;
-    }
-    std::optional<simhost::SimulatedHost> host_;
+    void Start(const simhost::HostConfig& config) { host_.emplace(config); }
+    std::optional<StartedHost> host_;
 };
 
 TEST_F(BridgeTest, WithoutTheFrameworkEveryCallIsUnavailableAndLoadsAgain) {
@@ -103,39 +98,5 @@ INSTANTIATE_TEST_SUITE_P(EachFunction, MissingFunctionTest,
                                            MissingFunctionCase{"GetPixBaseAddr", false},
                                            MissingFunctionCase{"GetPixRowBytes", true}),
                          [](const auto& info) { return std::string(info.param.function); });
-
-TEST_F(BridgeTest, ConsoleHostsNeedNoFramework) {
-    simhost::HostConfig config;
-    config.kind = HostKind::Console;
-    config.system.applicationServicesInstalled = false;
-    Start(config);
-    REALpicture bitmap = host_->MakePicture(Storage::HostBitmap, 3, 3);
-    {
-        PictureReader reader;
-        EXPECT_TRUE(reader.GetPictureEditor(bitmap, true, false));
-        PictureWriter writer;
-        EXPECT_TRUE(BindNewPicture(writer, 3, 3));
-    }
-    host_->Release(bitmap);
-    EXPECT_EQ(host_->LedgerProblems(), std::vector<std::string>{});
-}
-
-TEST_F(BridgeTest, ADepthOtherThan24Or32IsReadThroughACopyAndRefusedForWriting) {
-    Start(DesktopWithout({}));
-    REALpicture world = host_->MakePicture(Storage::GWorld16, 6, 2);
-    test_support::FillRandom(*host_, world, 4);
-    {
-        PictureReader reader;
-        ASSERT_TRUE(reader.GetPictureEditor(world, true, false));
-        EXPECT_EQ(reader.pixelFormat, PixelFormatARGB32);
-        EXPECT_NE(reader.picture, world);
-        const simhost::Rgba expected = host_->GetPixel(world, 5, 1);
-        EXPECT_EQ(reader.GetPixel(5, 1), (Pixel{expected.r, expected.g, expected.b, expected.a}));
-        PictureEditor inPlace;
-        EXPECT_FALSE(inPlace.GetPictureEditor(world, true, true));
-    }
-    host_->Release(world);
-    EXPECT_EQ(host_->LedgerProblems(), std::vector<std::string>{});
-}
 
 }  // namespace

@@ -6,9 +6,8 @@
 #include <random>
 
 #include "picture/picture_editor.h"
-#include "plugin/startup_state.h"
-#include "simhost/simulated_host.h"
 #include "tests/support/pictures.h"
+#include "tests/unit/started_host.h"
 
 using simhost::HostKind;
 using simhost::Rgba;
@@ -22,25 +21,21 @@ struct EditorCase {
     const char* name;
 };
 
+simhost::HostConfig HostOfKind(HostKind kind) {
+    simhost::HostConfig config;
+    config.kind = kind;
+    return config;
+}
+
 class EditorTest : public ::testing::TestWithParam<EditorCase> {
 protected:
-    EditorTest() : host_(Config()) {
-        gResolver = simhost::SimulatedHost::Resolver();
-        rbversion_rbversion = *host_.config().version;
-    }
-    static simhost::HostConfig Config() {
-        simhost::HostConfig config;
-        config.kind = GetParam().kind;
-        return config;
-    }
+    EditorTest() : host_(HostOfKind(GetParam().kind)) {}
     REALpicture MakeRandomPicture(int32_t width, int32_t height, uint32_t seed) {
         REALpicture picture = host_.MakePicture(GetParam().storage, width, height);
         test_support::FillRandom(host_, picture, seed);
         return picture;
     }
-    // What the editor must read: the host's pixel, alpha as the format keeps it.
-    Rgba Expected(REALpicture picture, int32_t x, int32_t y) const { return host_.GetPixel(picture, x, y); }
-    simhost::SimulatedHost host_;
+    StartedHost host_;
 };
 
 Pixel AsPixel(Rgba p) { return {p.r, p.g, p.b, p.a}; }
@@ -54,7 +49,7 @@ TEST_P(EditorTest, ReadsEveryPixelAsTheHostHoldsIt) {
         EXPECT_EQ(reader.height, 5);
         for (int32_t y = 0; y < 5; ++y)
             for (int32_t x = 0; x < 7; ++x)
-                ASSERT_EQ(reader.GetPixel(x, y), AsPixel(Expected(picture, x, y))) << x << "," << y;
+                ASSERT_EQ(reader.GetPixel(x, y), AsPixel(host_.GetPixel(picture, x, y))) << x << "," << y;
     }
     host_.Release(picture);
     EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
@@ -88,25 +83,6 @@ TEST_P(EditorTest, WritesAsTheFormatStoresAndClearsTheCache) {
     EXPECT_EQ(host_.CacheClears(picture), clearsBefore + 1);
     host_.Release(picture);
     EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
-}
-
-TEST_P(EditorTest, RowsPastTheLastGiveRowZeroAndHostBitmapsUseTheirRowTable) {
-    REALpicture picture = MakeRandomPicture(5, 4, 6);
-    PictureReader reader;
-    ASSERT_TRUE(reader.GetPictureEditor(picture, true, false));
-    EXPECT_EQ(reader.RowAddress(4), reader.RowAddress(0));
-    EXPECT_EQ(reader.RowAddress(1000), reader.RowAddress(0));
-    EXPECT_EQ(reader.cursorRow, 1000);
-    if (reader.pixelFormat == PixelFormatHostBGRA) {
-        EXPECT_EQ(reader.rowBytes, 5 * 4);
-        for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(reader.RowAddress(y), reader.rowTable[y]);
-    }
-    reader.RowAddress(0);
-    for (int32_t y = 1; y < 4; ++y) {
-        reader.NextRow();
-        EXPECT_EQ(reader.currentRow, reader.RowAddress(y));
-        EXPECT_EQ(reader.cursorColumn, 0);
-    }
 }
 
 TEST_P(EditorTest, RenderHandsOverOneReferenceAndKeepsNone) {
@@ -147,20 +123,12 @@ INSTANTIATE_TEST_SUITE_P(
                       EditorCase{HostKind::Undecided, Storage::GWorld32, "UndecidedWorld"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-}  // namespace
-
-namespace {
-
 // A host bitmap record the editor cannot trust is refused on the console path,
 // which never copies, and nothing stays held.
 class MalformedRecordTest : public ::testing::TestWithParam<simhost::SimulatedHost::RecordDefect> {};
 
 TEST_P(MalformedRecordTest, IsRefused) {
-    simhost::HostConfig config;
-    config.kind = HostKind::Console;
-    simhost::SimulatedHost host(config);
-    gResolver = simhost::SimulatedHost::Resolver();
-    rbversion_rbversion = *config.version;
+    StartedHost host(HostOfKind(HostKind::Console));
     REALpicture picture = host.MakePicture(Storage::HostBitmap, 4, 3);
     host.MalformRecord(picture, GetParam());
     for (bool forWriting : {false, true}) {

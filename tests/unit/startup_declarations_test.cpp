@@ -64,7 +64,8 @@ INSTANTIATE_TEST_SUITE_P(
         RewriteCase{NameBeyondTheBuffer(), "<null>"},
         RewriteCase{nullptr, "<null>"}));
 
-// Long declarations against the plain concatenation, cut at the limit of each shape.
+// Long declarations against the plain concatenation, at the lengths around the
+// limit of each shape.
 struct CutCase {
     const char* name;
     std::string head;  // text before the split
@@ -76,7 +77,7 @@ class CutTest : public ::testing::TestWithParam<CutCase> {};
 
 TEST_P(CutTest, ResultsFitTheHostBuffer) {
     const CutCase& c = GetParam();
-    for (size_t tail = 930; tail < 1010; ++tail) {
+    for (size_t tail = 967; tail <= 973; ++tail) {
         const std::string rest(tail, 'a');
         std::string declaration = c.head, uncut;
         if (c.split == '(') {
@@ -101,8 +102,9 @@ INSTANTIATE_TEST_SUITE_P(Shapes, CutTest,
                                            CutCase{"Neither", "Name", 0, 999}),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// The first rewrite is cut from a tail of 967 on, the second from 952 on.
 TEST(AssignmentDeclarationCut, TheAppendedTextStopsAt998Characters) {
-    for (size_t tail = 900; tail < 1000; ++tail) {
+    for (size_t tail : {950, 951, 952, 953, 965, 966, 967, 968}) {
         const std::string type(tail, 't');
         const std::string withClass = ("Item(extends ref as Picture) as " + type).substr(0, 998);
         const std::string uncut = "Item(extends ref as Picture, assigns value" + withClass.substr(28) + ")";
