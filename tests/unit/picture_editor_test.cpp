@@ -47,6 +47,7 @@ TEST_P(EditorTest, ReadsEveryPixelAsTheHostHoldsIt) {
         ASSERT_TRUE(reader.GetPictureEditor(picture, true, false));
         EXPECT_EQ(reader.width, 7);
         EXPECT_EQ(reader.height, 5);
+        EXPECT_EQ(reader.RowAddress(5), reader.RowAddress(0)) << "a row past the last is the first";
         for (int32_t y = 0; y < 5; ++y)
             for (int32_t x = 0; x < 7; ++x)
                 ASSERT_EQ(reader.GetPixel(x, y), AsPixel(host_.GetPixel(picture, x, y))) << x << "," << y;
