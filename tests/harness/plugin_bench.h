@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simhost/simulated_host.h"
+#include "tests/support/method_models.h"
 #include "tests/support/pictures.h"
 
 namespace test_support {
@@ -36,19 +37,7 @@ struct CaseName {
     }
 };
 
-// What a test passes to the methods that take arguments.
-struct Arguments {
-    double angle = 30;
-    uint32_t background = 0x80102030;
-    bool cut = false;
-    int32_t width = 11, height = 4;
-};
-
 simhost::HostConfig ConfigFor(simhost::HostKind kind);
-
-// The part of the size of `width` x `height` around the centre of `whole`; where
-// that reaches past `whole`, `untouched`.
-Image CutFromCentre(const Image& whole, int32_t width, int32_t height, simhost::Rgba untouched);
 
 struct PluginBench {
     explicit PluginBench(simhost::HostConfig config);
@@ -66,12 +55,11 @@ struct PluginBench {
     // true, nil on failure.
     REALpicture Apply(const simhost::PictureMethod& method, REALpicture receiver,
                       const Arguments& arguments = {}) const;
-    // What the slow models say Apply gives for a receiver showing `source`, on
-    // this host: new pictures of its storage, holding its fill where nothing is
-    // drawn.
-    // Nullopt where they say nil.
+    // What the slow models say Apply gives on this host.
     std::optional<Image> Expected(const simhost::PictureMethod& method, const Image& source,
-                                  const Arguments& arguments = {}) const;
+                                  const Arguments& arguments = {}) const {
+        return ModelMethod(method, source, arguments, host.config());
+    }
 
     simhost::SimulatedHost host;
     simhost::PluginLibrary plugin;

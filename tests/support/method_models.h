@@ -1,0 +1,33 @@
+// What each picture method gives for a receiver showing `source`, from the slow
+// models alone: mirrors and quarter turns as coordinate maps, the rotations as
+// the shear model (whole, or cut to the receiver's size around the centre), the
+// copies as the source itself, all as the host's new pictures store them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "simhost/simulated_host.h"
+#include "tests/support/pictures.h"
+
+namespace test_support {
+
+// What a test passes to the methods that take arguments.
+struct Arguments {
+    double angle = 30;
+    uint32_t background = 0x80102030;
+    bool cut = false;
+    int32_t width = 11, height = 4;
+};
+
+// The part of the size of `width` x `height` around the centre of `whole`; where
+// that reaches past `whole`, `untouched`.
+Image CutFromCentre(const Image& whole, int32_t width, int32_t height, simhost::Rgba untouched);
+
+// The picture the method gives (the receiver's for the in-place mirrors) on a
+// host configured so, whose new pictures hold its fill where nothing is drawn;
+// nullopt where the models say nil. Receivers without a mask; not the estimate.
+std::optional<Image> ModelMethod(const simhost::PictureMethod& method, const Image& source,
+                                 const Arguments& arguments, const simhost::HostConfig& host);
+
+}  // namespace test_support
