@@ -59,7 +59,6 @@ PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32
             break;
         }
         case Storage::VectorOnly:
-            drawing_.resize(static_cast<size_t>(width) * height);
             break;
     }
     Fill(initial);
@@ -84,10 +83,11 @@ uint8_t* PictureStore::Address(int32_t x, int32_t y) const {
     return worldPixels_ + static_cast<size_t>(y) * worldRowBytes_ + static_cast<size_t>(x) * BytesPerPixel();
 }
 
-Rgba PictureStore::Read(int32_t x, int32_t y) const {
-    if (storage_ == Storage::VectorOnly) return drawing_[static_cast<size_t>(y) * width_ + x];
-    const uint8_t* p = Address(x, y);
-    switch (storage_) {
+namespace {
+
+// One stored pixel of a storage that keeps bytes, as the host reads and writes it.
+Rgba Decode(Storage storage, const uint8_t* p) {
+    switch (storage) {
         case Storage::GWorld32: return {p[1], p[2], p[3], p[0]};
         case Storage::GWorld24: return {p[0], p[1], p[2], 255};
         case Storage::GWorld16: {
@@ -101,13 +101,8 @@ Rgba PictureStore::Read(int32_t x, int32_t y) const {
     }
 }
 
-void PictureStore::Write(int32_t x, int32_t y, Rgba pixel) {
-    if (storage_ == Storage::VectorOnly) {
-        drawing_[static_cast<size_t>(y) * width_ + x] = pixel;
-        return;
-    }
-    uint8_t* p = Address(x, y);
-    switch (storage_) {
+void Encode(Storage storage, uint8_t* p, Rgba pixel) {
+    switch (storage) {
         case Storage::GWorld32: p[0] = pixel.a, p[1] = pixel.r, p[2] = pixel.g, p[3] = pixel.b; break;
         case Storage::GWorld24: p[0] = pixel.r, p[1] = pixel.g, p[2] = pixel.b; break;
         case Storage::GWorld16: {
@@ -119,6 +114,40 @@ void PictureStore::Write(int32_t x, int32_t y, Rgba pixel) {
         }
         default: p[0] = pixel.b, p[1] = pixel.g, p[2] = pixel.r, p[3] = pixel.a >> 1; break;
     }
+}
+
+}  // namespace
+
+Rgba PictureStore::Read(int32_t x, int32_t y) const {
+    if (storage_ == Storage::VectorOnly) return drawing_.empty() ? fill_ : drawing_[static_cast<size_t>(y) * width_ + x];
+    return Decode(storage_, Address(x, y));
+}
+
+void PictureStore::Write(int32_t x, int32_t y, Rgba pixel) {
+    if (storage_ == Storage::VectorOnly) {
+        if (drawing_.empty()) drawing_.assign(static_cast<size_t>(width_) * height_, fill_);
+        drawing_[static_cast<size_t>(y) * width_ + x] = pixel;
+        return;
+    }
+    Encode(storage_, Address(x, y), pixel);
+}
+
+void PictureStore::WriteRow(int32_t y, const Rgba* pixels) {
+    if (storage_ == Storage::VectorOnly) {
+        for (int32_t x = 0; x < width_; ++x) Write(x, y, pixels[x]);
+        return;
+    }
+    uint8_t* p = Address(0, y);
+    for (int32_t x = 0; x < width_; ++x, p += BytesPerPixel()) Encode(storage_, p, pixels[x]);
+}
+
+void PictureStore::ReadRow(int32_t y, Rgba* pixels) const {
+    if (storage_ == Storage::VectorOnly) {
+        for (int32_t x = 0; x < width_; ++x) pixels[x] = Read(x, y);
+        return;
+    }
+    const uint8_t* p = Address(0, y);
+    for (int32_t x = 0; x < width_; ++x, p += BytesPerPixel()) pixels[x] = Decode(storage_, p);
 }
 
 std::vector<uint8_t> PictureStore::RawBytes(int32_t x, int32_t y) const {
@@ -134,7 +163,8 @@ void PictureStore::SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>&
 
 void PictureStore::Fill(Rgba pixel) {
     if (storage_ == Storage::VectorOnly) {
-        std::fill(drawing_.begin(), drawing_.end(), pixel);
+        drawing_.clear();
+        fill_ = pixel;
         return;
     }
     if (width_ < 0 || height_ <= 0) return;

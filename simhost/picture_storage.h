@@ -41,6 +41,9 @@ public:
     // depth 16, no alpha at depth 24, 7-bit alpha in host bitmaps).
     Rgba Read(int32_t x, int32_t y) const;
     void Write(int32_t x, int32_t y, Rgba pixel);
+    // Row y, width pixels, as Write and Read store and give each of them.
+    void WriteRow(int32_t y, const Rgba* pixels);
+    void ReadRow(int32_t y, Rgba* pixels) const;
     std::vector<uint8_t> RawBytes(int32_t x, int32_t y) const;
     void SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
 
@@ -77,7 +80,10 @@ private:
     };
     std::vector<std::unique_ptr<uint8_t[], FreeRow>> rows_;  // host bitmaps: one allocation per row
     std::unique_ptr<uint8_t*[]> rowTable_;           // host bitmaps: at least one entry
-    std::vector<Rgba> drawing_;                      // VectorOnly: what the host draws
+    // VectorOnly: what the host draws, made at the first pixel written, so that a
+    // picture only measured (its Width and Height read) costs no pixel memory.
+    std::vector<Rgba> drawing_;
+    Rgba fill_{};
 };
 
 }  // namespace simhost::internal

@@ -53,6 +53,16 @@ Rgba SimulatedHost::GetPixel(REALpicture picture, int32_t x, int32_t y) const {
     return object->store->Read(x, y);
 }
 
+void SimulatedHost::SetRow(REALpicture picture, int32_t y, const Rgba* pixels) {
+    if (internal::PictureStore* store = state_->PixelsOf(picture, "SetRow"); store && store->Contains(0, y))
+        store->WriteRow(y, pixels);
+}
+
+void SimulatedHost::GetRow(REALpicture picture, int32_t y, Rgba* pixels) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    if (object != nullptr && object->store && object->store->Contains(0, y)) object->store->ReadRow(y, pixels);
+}
+
 std::vector<uint8_t> SimulatedHost::RawPixel(REALpicture picture, int32_t x, int32_t y) const {
     const internal::HostObject* object = state_->Peek(picture);
     if (object == nullptr || !object->store || !object->store->Contains(x, y)) return {};

@@ -115,6 +115,11 @@ public:
     void Release(REALobject object);   // drops one reference, like REALUnlockObject
     void SetPixel(REALpicture picture, int32_t x, int32_t y, Rgba pixel);
     Rgba GetPixel(REALpicture picture, int32_t x, int32_t y) const;
+    // Row y of the picture, Width pixels, as SetPixel and GetPixel would write and
+    // read them one at a time (one look-up per row: what a program moving whole
+    // images needs).
+    void SetRow(REALpicture picture, int32_t y, const Rgba* pixels);
+    void GetRow(REALpicture picture, int32_t y, Rgba* pixels) const;
     // The stored bytes of one pixel (3 for GWorld24, 2 for GWorld16, else 4);
     // SetRawPixel writes them as they are (for bits SetPixel cannot set, such as
     // the top bit of a host bitmap's alpha byte). Not for VectorOnly pictures.
