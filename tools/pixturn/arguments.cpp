@@ -2,6 +2,7 @@
 // the message; the commands then work with checked values only.
 #include "tools/pixturn/arguments.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "tools/pixturn/colour_literal.h"
@@ -19,17 +20,40 @@ const OptionSpec* FindOption(const std::string& name) {
     return nullptr;
 }
 
+uint32_t ColourValue(const std::string& value, const OptionSpec& option) {
+    const std::optional<uint32_t> colour = ParseColour(value);
+    if (!colour) throw UsageError(std::string(option.name) + ": '" + value + "' is not a colour (" + ColourForms() + ")");
+    return *colour;
+}
+
 void Store(Invocation& invocation, const OptionSpec& option, const std::string& value) {
     switch (option.bit) {
         case kOptionAngle:
             invocation.angle = ParseFiniteNumber(value, option.name);
             break;
         case kOptionBackground:
-            invocation.background = ParseColour(value);
-            if (!invocation.background) {
-                throw UsageError(std::string(option.name) + ": '" + value +
-                                 "' is not a colour (&cRRGGBB, &cRRGGBBAA or 0xAARRGGBB)");
+            invocation.background = ColourValue(value, option);
+            break;
+        case kOptionFlatten:
+            invocation.encoding.jpeg.flatten = ColourValue(value, option);
+            break;
+        case kOptionPngLevel:
+            invocation.encoding.pngLevel = ParseWholeNumber(value, option.name, 0, 9);
+            break;
+        case kOptionQuality:
+            invocation.encoding.jpeg.quality = ParseWholeNumber(value, option.name, 1, 100);
+            break;
+        case kOptionFormat:
+            if (value != "png" && value != "jpeg" && value != "jpg") {
+                throw UsageError(std::string(option.name) + ": '" + value + "' is not png or jpeg");
             }
+            invocation.encoding.format = value == "png" ? FileFormat::Png : FileFormat::Jpeg;
+            break;
+        case kOptionOutDir:
+            invocation.outDir = value;
+            break;
+        case kOptionNoAutoOrient:
+            invocation.reading.autoOrient = false;
             break;
         case kOptionHost:
             HostChoiceNamed(value);
@@ -70,9 +94,12 @@ std::pair<std::string, std::optional<std::string>> SplitInlineValue(const std::s
     return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
-// Every command takes at most one operand: its input file, its directory or the
-// command to explain.
-int OperandLimit(const Command& command) { return command.operands[0] == '\0' ? 0 : 1; }
+// A command takes no operand, one (its input file, its directory or the command
+// to explain) or, with "FILE...", any number of input files.
+size_t OperandLimit(const Command& command) {
+    if (command.operands[0] == '\0') return 0;
+    return std::strstr(command.operands, "...") != nullptr ? SIZE_MAX : 1;
+}
 
 void CheckComplete(const Command& command, const Invocation& invocation) {
     for (const OptionSpec& option : AllOptions()) {
@@ -80,7 +107,7 @@ void CheckComplete(const Command& command, const Invocation& invocation) {
             throw UsageError(std::string(command.name) + ": missing " + option.name + " " + option.value);
         }
     }
-    if (std::strcmp(command.operands, "FILE") == 0 && invocation.operands.empty()) {
+    if (std::strncmp(command.operands, "FILE", 4) == 0 && invocation.operands.empty()) {
         throw UsageError(std::string(command.name) + ": missing the input FILE");
     }
 }
@@ -91,8 +118,8 @@ Invocation ParseCommandLine(int argc, const char* const* argv) {
     Invocation invocation;
     if (argc < 2) throw UsageError("missing a command (pixturn --help lists them)");
     invocation.command = argv[1];
-    if (invocation.command == "--help" || invocation.command == "-h") {
-        invocation.command = "help";
+    if (invocation.command == "--help" || invocation.command == "-h" || invocation.command == "--version") {
+        invocation.command = invocation.command == "--version" ? "version" : "help";
         return invocation;
     }
     const Command* command = FindCommand(invocation.command);
@@ -102,8 +129,9 @@ Invocation ParseCommandLine(int argc, const char* const* argv) {
     bool operandsOnly = false;
     for (int i = 2; i < argc; ++i) {
         const std::string argument = argv[i];
+        // "-" alone is an operand: standard input.
         if (operandsOnly || argument.size() < 2 || argument[0] != '-') {
-            if (static_cast<int>(invocation.operands.size()) >= OperandLimit(*command)) {
+            if (invocation.operands.size() >= OperandLimit(*command)) {
                 throw UsageError(invocation.command + ": unexpected argument '" + argument + "'");
             }
             invocation.operands.push_back(argument);

@@ -5,9 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstring>
-#include <vector>
+#include <iterator>
+#include <stdexcept>
 
 #include "tools/pixturn/failure.h"
 
@@ -15,11 +19,39 @@ namespace pixturn {
 
 namespace {
 
+constexpr char kTemporarySuffix[] = ".pixturn-XXXXXX";
+
+// The temporary files not yet renamed or removed, for the signal handler: plain
+// pointers to their names, set and cleared atomically. A command has at most two
+// outputs pending at once (a picture and its mask).
+std::atomic<const char*> gPending[4];
+
+int Register(const char* path) {
+    for (int slot = 0; slot < static_cast<int>(std::size(gPending)); ++slot) {
+        const char* expected = nullptr;
+        if (gPending[slot].compare_exchange_strong(expected, path)) return slot;
+    }
+    throw std::logic_error("more pending output files than the signal handler keeps");
+}
+
+void OnStopSignal(int signal) {
+    for (std::atomic<const char*>& pending : gPending) {
+        if (const char* path = pending.exchange(nullptr)) unlink(path);
+    }
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// A name in the target's directory that adds the suffix without passing the
+// longest name the file system allows: long names lose characters at their end.
 std::string TemporaryPathFor(const std::string& path) {
     const size_t slash = path.rfind('/');
     const std::string directory = slash == std::string::npos ? "" : path.substr(0, slash + 1);
-    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
-    return directory + "." + name + ".pixturn-XXXXXX";
+    std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const long longest = pathconf(directory.empty() ? "." : directory.c_str(), _PC_NAME_MAX);
+    const size_t room = static_cast<size_t>(longest > 0 ? longest : NAME_MAX) - (sizeof kTemporarySuffix - 1) - 1;
+    if (name.size() > room) name.resize(room);
+    return directory + "." + name + kTemporarySuffix;
 }
 
 Failure WriteError(const std::string& path, int error) {
@@ -36,26 +68,42 @@ void GiveUsualPermissions(int descriptor) {
 
 }  // namespace
 
+void RemoveTemporariesOnSignals() {
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, OnStopSignal);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 AtomicOutputFile::AtomicOutputFile(std::string path) : path_(std::move(path)) {
-    std::string pattern = TemporaryPathFor(path_);
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    const int descriptor = mkstemp(buffer.data());
-    if (descriptor < 0) throw WriteError(path_, errno);
-    temporaryPath_ = buffer.data();
+    temporaryPath_ = TemporaryPathFor(path_);
+    slot_ = Register(temporaryPath_.c_str());
+    // Blocked while the file is made, so that no signal can come between its
+    // creation and the handler knowing it.
+    sigset_t stops, previous;
+    sigemptyset(&stops);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stops, signal);
+    sigprocmask(SIG_BLOCK, &stops, &previous);
+    const int descriptor = mkstemp(temporaryPath_.data());
+    const int error = errno;
+    if (descriptor < 0) gPending[slot_] = nullptr;
+    sigprocmask(SIG_SETMASK, &previous, nullptr);
+    if (descriptor < 0) {
+        temporaryPath_.clear();
+        throw WriteError(path_, error);
+    }
     GiveUsualPermissions(descriptor);
     stream_ = fdopen(descriptor, "wb");
     if (stream_ == nullptr) {
-        const int error = errno;
+        const int fdopenError = errno;
         close(descriptor);
         Discard();
-        throw WriteError(path_, error);
+        throw WriteError(path_, fdopenError);
     }
 }
 
 AtomicOutputFile::~AtomicOutputFile() { Discard(); }
 
-void AtomicOutputFile::Commit() {
+void AtomicOutputFile::Finish() {
+    if (stream_ == nullptr) return;
     errno = 0;
     bool written = std::fflush(stream_) == 0 && !std::ferror(stream_);
     int error = written ? 0 : (errno != 0 ? errno : EIO);
@@ -64,14 +112,25 @@ void AtomicOutputFile::Commit() {
         error = errno;
     }
     stream_ = nullptr;
-    if (written && std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
-        written = false;
-        error = errno;
-    }
     if (!written) {
         Discard();
         throw WriteError(path_, error);
     }
+}
+
+void AtomicOutputFile::CheckTarget() const {
+    struct stat target;
+    if (stat(path_.c_str(), &target) == 0 && S_ISDIR(target.st_mode)) throw WriteError(path_, EISDIR);
+}
+
+void AtomicOutputFile::Commit() {
+    Finish();
+    if (std::rename(temporaryPath_.c_str(), path_.c_str()) != 0) {
+        const int error = errno;
+        Discard();
+        throw WriteError(path_, error);
+    }
+    gPending[slot_] = nullptr;
     temporaryPath_.clear();
 }
 
@@ -82,6 +141,7 @@ void AtomicOutputFile::Discard() {
     }
     if (!temporaryPath_.empty()) {
         std::remove(temporaryPath_.c_str());
+        gPending[slot_] = nullptr;
         temporaryPath_.clear();
     }
 }

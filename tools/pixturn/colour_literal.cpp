@@ -4,6 +4,7 @@
 
 #include <cctype>
 #include <cstdio>
+#include <cstring>
 
 namespace pixturn {
 
@@ -21,6 +22,36 @@ std::optional<uint32_t> ParseHexDigits(const std::string& digits) {
     return value;
 }
 
+struct NamedColour {
+    const char* name;
+    uint32_t value;  // 0xAARRGGBB
+};
+
+// CSS's basic colours, with their CSS values (green is CSS's dark green).
+constexpr NamedColour kNamedColours[] = {
+    {"transparent", 0x00000000}, {"black", 0xFF000000}, {"white", 0xFFFFFFFF},   {"grey", 0xFF808080},
+    {"gray", 0xFF808080},        {"silver", 0xFFC0C0C0}, {"red", 0xFFFF0000},    {"maroon", 0xFF800000},
+    {"lime", 0xFF00FF00},        {"green", 0xFF008000},  {"blue", 0xFF0000FF},   {"navy", 0xFF000080},
+    {"yellow", 0xFFFFFF00},      {"orange", 0xFFFFA500}, {"cyan", 0xFF00FFFF},   {"aqua", 0xFF00FFFF},
+    {"magenta", 0xFFFF00FF},     {"fuchsia", 0xFFFF00FF}, {"purple", 0xFF800080}, {"teal", 0xFF008080},
+    {"olive", 0xFF808000},
+};
+
+std::optional<uint32_t> ParseCss(const std::string& digits) {
+    const std::optional<uint32_t> value = ParseHexDigits(digits);
+    if (!value) return std::nullopt;
+    switch (digits.size()) {
+        case 3: {
+            uint32_t rgb = 0;
+            for (int shift = 8; shift >= 0; shift -= 4) rgb = rgb << 8 | ((*value >> shift) & 0xF) * 0x11;
+            return 0xFF000000 | rgb;
+        }
+        case 6: return 0xFF000000 | *value;
+        case 8: return (*value >> 8) | ((*value & 0xFF) << 24);
+        default: return std::nullopt;
+    }
+}
+
 bool StartsWithIgnoringCase(const std::string& text, const char* prefix) {
     for (size_t i = 0; prefix[i] != '\0'; ++i) {
         if (i >= text.size() || std::tolower(static_cast<unsigned char>(text[i])) != prefix[i]) return false;
@@ -31,6 +62,10 @@ bool StartsWithIgnoringCase(const std::string& text, const char* prefix) {
 }  // namespace
 
 std::optional<uint32_t> ParseColour(const std::string& text) {
+    if (!text.empty() && text[0] == '#') return ParseCss(text.substr(1));
+    for (const NamedColour& colour : kNamedColours) {
+        if (text.size() == std::strlen(colour.name) && StartsWithIgnoringCase(text, colour.name)) return colour.value;
+    }
     if (StartsWithIgnoringCase(text, "&c")) {
         const std::string digits = text.substr(2);
         if (digits.size() != 6 && digits.size() != 8) return std::nullopt;
@@ -45,6 +80,14 @@ std::optional<uint32_t> ParseColour(const std::string& text) {
         return ParseHexDigits(digits);
     }
     return std::nullopt;
+}
+
+const char* ColourForms() { return "#RGB, #RRGGBB, #RRGGBBAA, a colour name, &cRRGGBB[AA] or 0xAARRGGBB"; }
+
+std::string ColourNames() {
+    std::string names;
+    for (const NamedColour& colour : kNamedColours) names += (names.empty() ? "" : ", ") + std::string(colour.name);
+    return names;
 }
 
 std::string ColourLiteral(uint32_t value) {

@@ -19,5 +19,7 @@ int RunMethodsListing(const Command& command, const Invocation& invocation);
 int RunDemo(const Command& command, const Invocation& invocation);
 // pixturn help [COMMAND]
 int RunHelp(const Command& command, const Invocation& invocation);
+// pixturn --version
+int RunVersion(const Command& command, const Invocation& invocation);
 
 }  // namespace pixturn

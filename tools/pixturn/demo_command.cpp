@@ -1,7 +1,7 @@
 // `pixturn demo`: every method once (the rotations with several angles and
 // backgrounds), each on a fresh receiver made from the same input, so that the
 // in-place mirrors do not change what the next method sees. A method that
-// fails is shown on the sheet and reported, and the demo goes on with the rest.
+// fails is shown in the gallery and reported, and the demo goes on with the rest.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -11,8 +11,10 @@
 #include "tools/pixturn/commands.h"
 #include "tools/pixturn/contact_sheet.h"
 #include "tools/pixturn/failure.h"
+#include "tools/pixturn/gallery_images.h"
 #include "tools/pixturn/image_files.h"
 #include "tools/pixturn/method_call.h"
+#include "tools/pixturn/progress_line.h"
 #include "tools/pixturn/test_card.h"
 
 namespace pixturn {
@@ -74,22 +76,36 @@ std::vector<DemoStep> Steps(const Image& input) {
     };
 }
 
+// What the demo says a method does: the summary of the command that calls it.
+std::string WhatItDoes(const MethodEntry& method) {
+    for (const Command& command : AllCommands()) {
+        if (command.method == &method || (command.method == &methods::kClone && &method == &methods::kCloneToSize)) {
+            return command.summary;
+        }
+    }
+    return "";
+}
+
 class Demo {
 public:
-    Demo(const Invocation& invocation, const std::string& directory, const Image& input)
-        : directory_(directory), input_(input), mask_(TestMask(input.width, input.height)),
-          host_(SettingsFrom(invocation)) {}
+    Demo(const Invocation& invocation, const std::string& directory, const Image& input, ProgressLine& progress)
+        : directory_(directory), encoding_(invocation.encoding), input_(input),
+          mask_(TestMask(input.width, input.height)), host_(SettingsFrom(invocation)), progress_(progress) {}
 
-    void Run() {
-        Write("input.png", input_, ImageRole::Picture);
-        Write("input-mask.png", mask_, ImageRole::Mask);
+    void Run(const std::vector<DemoStep>& steps) {
         SheetEntry original;
         original.call = "p";
-        original.image = "input.png";
-        original.mask = "input-mask.png";
-        original.result = SizeText(input_.width, input_.height) + ", its mask beside it (black opaque, white transparent)";
+        original.what = "the receiver of every call below (a fresh copy each time) and the mask the "
+                        "RotateImageAndMaskQLM calls give it: black opaque, white transparent";
+        original.images = {Show("input", input_, ImageRole::Picture, "picture"),
+                           Show("input-mask", mask_, ImageRole::Mask, "mask"),
+                           Show("input-masked", WithMaskApplied(input_, mask_), ImageRole::Picture,
+                                "picture with its mask applied")};
         entries_.push_back(original);
-        for (const DemoStep& step : Steps(input_)) RunStep(step);
+        for (const DemoStep& step : steps) {
+            progress_.Step(step.method->name);
+            RunStep(step);
+        }
     }
 
     const std::vector<SheetEntry>& entries() const { return entries_; }
@@ -97,9 +113,19 @@ public:
     int written() const { return written_; }
 
 private:
-    void Write(const std::string& name, const Image& image, ImageRole role) {
-        WriteOutputs({{directory_ + "/" + name, &image, role}});
-        ++written_;
+    // Writes the picture at full size and, when it is larger than a thumbnail,
+    // a thumbnail beside it; gives what the page shows.
+    SheetImage Show(const std::string& name, const Image& image, ImageRole role, const std::string& label) {
+        SheetImage shown{name + ".png", name + ".png", label, image.width, image.height};
+        std::vector<OutputImage> outputs{{directory_ + "/" + shown.file, &image, role}};
+        const Image small = Thumbnail(image, kThumbnailSide);
+        if (small.width != image.width || small.height != image.height) {
+            shown.thumbnail = "thumbs/" + shown.file;
+            outputs.push_back({directory_ + "/" + shown.thumbnail, &small, role});
+        }
+        WriteOutputs(outputs, encoding_);
+        written_ += static_cast<int>(outputs.size());
+        return shown;
     }
 
     void RunStep(const DemoStep& step) {
@@ -111,63 +137,69 @@ private:
         const MethodOutcome outcome = CallMethod(host_, *step.method, receiver.get(), step.arguments);
         SheetEntry entry;
         entry.call = "p." + outcome.call;
+        entry.what = WhatItDoes(*step.method);
         entry.seconds = outcome.seconds;
         if (!outcome.Succeeded()) {
-            entry.result = outcome.FailureText();
+            entry.returned = outcome.result ? "False" : "Nil";
             entry.failed = true;
             failures_.push_back(outcome.FailureText() + ": p." + outcome.call);
         } else if (outcome.bytes) {
-            entry.result = "= " + std::to_string(*outcome.bytes) + " bytes";
+            entry.returned = std::to_string(*outcome.bytes) + " bytes (" + MebibyteText(*outcome.bytes) + ")";
         } else {
             const REALpicture picture = outcome.picture ? outcome.picture.get() : receiver.get();
+            entry.returned = outcome.result ? "True, p changed" : picture == receiver.get() ? "p itself" : "a new picture";
             const Image result = host_.ReadPicture(picture);
-            entry.image = step.file + ".png";
-            Write(entry.image, result, ImageRole::Picture);
-            entry.result = SizeText(result.width, result.height);
+            entry.images.push_back(Show(step.file, result, ImageRole::Picture, "picture"));
             if (const REALpicture mask = host_.host().MaskOf(picture); step.withMask && mask != nullptr) {
-                entry.mask = step.file + "-mask.png";
-                Write(entry.mask, host_.ReadPicture(mask), ImageRole::Mask);
-                entry.result += ", the turned mask beside it";
+                const Image turnedMask = host_.ReadPicture(mask);
+                entry.images.push_back(Show(step.file + "-mask", turnedMask, ImageRole::Mask, "its mask"));
+                entry.images.push_back(Show(step.file + "-masked", WithMaskApplied(result, turnedMask),
+                                            ImageRole::Picture, "picture with its mask applied"));
             }
         }
         entries_.push_back(entry);
     }
 
     std::string directory_;
+    EncodeSettings encoding_;
     const Image& input_;
     Image mask_;
     PluginHost host_;
+    ProgressLine& progress_;
     std::vector<SheetEntry> entries_;
     std::vector<std::string> failures_;
     int written_ = 0;
 };
-
-void MakeDirectory(const std::string& directory) {
-    std::error_code error;
-    std::filesystem::create_directories(directory, error);
-    if (error) throw RunError(directory + ": cannot create the directory: " + error.message());
-}
 
 }  // namespace
 
 int RunDemo(const Command&, const Invocation& invocation) {
     const std::string directory = invocation.operands.empty() ? "demo-output" : invocation.operands.front();
     const bool ownInput = invocation.Has(kOptionInput);
-    const Image input = ownInput ? ReadImageFile(invocation.input) : TestCard();
-    MakeDirectory(directory);
+    const Image input = ownInput ? ReadImageFile(invocation.input, invocation.reading) : TestCard();
+    MakeDirectory(directory + "/thumbs");
 
-    Demo demo(invocation, directory, input);
-    demo.Run();
+    const std::vector<DemoStep> steps = Steps(input);
     const std::string title = (ownInput ? invocation.input : std::string("the built-in test card")) + " (" +
                               SizeText(input.width, input.height) + ") on the " + HostText(invocation);
+    std::printf("pixturn demo: %zu method calls on %s, each result written into %s/\n", steps.size(), title.c_str(),
+                directory.c_str());
+    std::fflush(stdout);
+    ProgressLine progress("demo", steps.size());
+    Demo demo(invocation, directory, input, progress);
+    demo.Run(steps);
+    progress.Clear();
+    const std::string about =
+        "Each call is made on a fresh copy of p through the method table the plug-in registered. Click a "
+        "picture for its full-size PNG.";
     const std::string sheetPath = directory + "/index.html";
     AtomicOutputFile sheet(sheetPath);
-    WriteContactSheet(sheet, title, demo.entries());
+    WriteContactSheet(sheet, title, about, demo.entries());
     sheet.Commit();
 
     for (const std::string& failure : demo.failures()) std::fprintf(stderr, "pixturn: demo: %s\n", failure.c_str());
-    std::printf("%d pictures and the contact sheet of %zu method calls on %s\n", demo.written(),
-                demo.entries().size() - 1, title.c_str());
+    std::printf("%d pictures and the gallery of %zu method calls on %s\n", demo.written(), steps.size(),
+                title.c_str());
     std::printf("%s\n", std::filesystem::absolute(sheetPath).lexically_normal().c_str());
     return demo.failures().empty() ? kExitSuccess : kExitFailure;
 }

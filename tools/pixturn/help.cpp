@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "tools/pixturn/colour_literal.h"
 #include "tools/pixturn/commands.h"
 #include "tools/pixturn/failure.h"
 
@@ -73,10 +74,11 @@ void PrintCommandHelp(const Command& command) {
 
 void PrintOverview() {
     std::printf(
-        "usage: pixturn COMMAND [FILE] [OPTION...]\n\n"
+        "usage: pixturn COMMAND [FILE...] [OPTION...]\n\n"
         "Runs the PixTurn plug-in's Picture methods on image files. pixturn is a Xojo host: it loads the\n"
         "shipped plug-in library, starts it through REALPluginMain and calls the methods it registers.\n"
-        "Input: PNG (any kind) or JPEG. Output: PNG (RGBA) or JPEG (RGB) by the output's extension.\n\n"
+        "Input: PNG (any kind) or JPEG, '-' for standard input. Output: PNG or JPEG by the output's\n"
+        "extension or --format.\n\n"
         "commands:\n");
     for (const Command& command : AllCommands()) {
         std::printf("  %s\n", UsageLine(command).c_str());
@@ -86,11 +88,24 @@ void PrintOverview() {
     unsigned all = 0;
     for (const OptionSpec& option : AllOptions()) all |= option.bit;
     PrintOptions(all);
+    std::printf("\ncolours (--background, --flatten):\n");
+    PrintWrapped(std::string(ColourForms()) +
+                     ". Every form becomes the 32-bit value 0xAARRGGBB the host passes, whose top byte AA "
+                     "is the pixel's alpha: FF opaque, 00 transparent. #RRGGBB and names are opaque; in "
+                     "#RRGGBBAA and &cRRGGBBAA the last byte is that alpha as it is (so &c000000FF is opaque "
+                     "black and &c000000 transparent black, the other way round from Xojo's own colour "
+                     "literals); quote # and & in the shell. Names: " +
+                     ColourNames() + ".",
+                 2, 96);
     std::printf(
         "\nexamples:\n"
         "  pixturn demo                                   every method on the test card, into demo-output/\n"
+        "  pixturn demo photos/ --input photo.jpg         the gallery of a photo of your own\n"
         "  pixturn rotate photo.jpg --angle 30 -o turned.png\n"
-        "  pixturn rotate photo.png --angle -12.5 --background '&c00000000' -o on-black.png\n"
+        "  pixturn rotate photo.png --angle -12.5 --background black -o on-black.png\n"
+        "  pixturn rotate photo.png --angle 12.5 --background transparent -o see-through.png\n"
+        "  pixturn rotate90 *.jpg --out-dir turned/        each file's quarter turn under its own name\n"
+        "  cat photo.jpg | pixturn hmirror - -o - --format jpeg > mirrored.jpg\n"
         "  pixturn rotate-mask photo.png --mask mask.png --angle 30 --cut -o t.png --mask-out t-mask.png\n"
         "  pixturn memory --size 4000x3000 --angle 30\n"
         "  pixturn methods --host-version 2012.0\n\n"
@@ -110,6 +125,11 @@ int RunHelp(const Command&, const Invocation& invocation) {
     const Command* command = FindCommand(invocation.operands.front());
     if (command == nullptr) throw UsageError("help: unknown command '" + invocation.operands.front() + "'");
     PrintCommandHelp(*command);
+    return kExitSuccess;
+}
+
+int RunVersion(const Command&, const Invocation&) {
+    std::printf("pixturn %s\n", PIXTURN_VERSION);
     return kExitSuccess;
 }
 

@@ -3,8 +3,11 @@
 // through this one form.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace pixturn {
@@ -12,16 +15,49 @@ namespace pixturn {
 // The host refuses pictures wider or taller than this.
 constexpr int32_t kMaxPictureSide = 32767;
 
+// Bytes that are written before they are read need no zeros first: a file's
+// header may promise 32767 x 32767 pixels (4 GiB) that its data never delivers,
+// and pages never written are never touched.
+template <typename T>
+struct UninitialisedAllocator : std::allocator<T> {
+    template <typename U>
+    struct rebind {
+        using other = UninitialisedAllocator<U>;
+    };
+    UninitialisedAllocator() = default;
+    template <typename U>
+    UninitialisedAllocator(const UninitialisedAllocator<U>&) {}
+    template <typename U>
+    void construct(U* p) noexcept {
+        ::new (static_cast<void*>(p)) U;
+    }
+    template <typename U, typename... Arguments>
+    void construct(U* p, Arguments&&... arguments) {
+        ::new (static_cast<void*>(p)) U(std::forward<Arguments>(arguments)...);
+    }
+};
+using PixelBytes = std::vector<uint8_t, UninitialisedAllocator<uint8_t>>;
+
 struct Image {
     int32_t width = 0;
     int32_t height = 0;
-    std::vector<uint8_t> rgba;  // width × height × 4 bytes
+    PixelBytes rgba;  // width × height × 4 bytes
 
     Image() = default;
+    // The pixels' bytes are left for the caller to write.
     Image(int32_t w, int32_t h) : width(w), height(h), rgba(static_cast<size_t>(w) * h * 4) {}
+    size_t RowBytes() const { return static_cast<size_t>(width) * 4; }
     uint8_t* pixel(int32_t x, int32_t y) { return &rgba[(static_cast<size_t>(y) * width + x) * 4]; }
     const uint8_t* pixel(int32_t x, int32_t y) const { return &rgba[(static_cast<size_t>(y) * width + x) * 4]; }
 };
+
+// Room for the rows of an image about to be decoded row by row: all of them for
+// a photo, so that growing never copies, but never more than 64 MiB ahead of the
+// rows a file actually delivers.
+inline void ReserveForDecoding(Image& image) {
+    constexpr size_t kMostAhead = size_t{64} << 20;
+    image.rgba.reserve(std::min(image.RowBytes() * static_cast<size_t>(image.height), kMostAhead));
+}
 
 // How a file stores an image: a picture in colour with alpha, or a mask, which
 // the host keeps as a grey picture (black opaque, white transparent).

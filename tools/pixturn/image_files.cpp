@@ -33,32 +33,61 @@ std::string LowerCaseExtension(const std::string& path) {
 
 }  // namespace
 
-Image ReadImageFile(const std::string& path) {
-    std::unique_ptr<FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-    if (file == nullptr) throw RunError(path + ": cannot open: " + std::strerror(errno));
-    uint8_t signature[8] = {};
-    const size_t count = std::fread(signature, 1, sizeof signature, file.get());
-    if (std::ferror(file.get())) throw RunError(path + ": cannot read: " + std::strerror(errno));
-    if (count == 0) throw RunError(path + ": empty file, not a PNG or JPEG image");
-    std::rewind(file.get());
-    if (HasPngSignature(signature, count)) return ReadPng(file.get(), path);
-    if (HasJpegSignature(signature, count)) return ReadJpeg(file.get(), path);
-    throw RunError(path + ": not a PNG or JPEG file");
+namespace {
+
+// Standard input is read whole first: the decoders rewind to the start after
+// looking at the signature, which a pipe cannot do.
+std::string ReadStandardInput() {
+    std::string bytes;
+    char buffer[1 << 16];
+    size_t count;
+    while ((count = std::fread(buffer, 1, sizeof buffer, stdin)) > 0) bytes.append(buffer, count);
+    if (std::ferror(stdin)) throw RunError(std::string("standard input: cannot read: ") + std::strerror(errno));
+    return bytes;
 }
 
-FileFormat OutputFormatOf(const std::string& path) {
+}  // namespace
+
+Image ReadImageFile(const std::string& path, const ReadSettings& settings) {
+    const bool standardInput = path == kStandardStream;
+    const std::string name = standardInput ? "standard input" : path;
+    std::string bytes;
+    std::unique_ptr<FILE, FileCloser> file;
+    if (standardInput) {
+        bytes = ReadStandardInput();
+        if (!bytes.empty()) file.reset(fmemopen(bytes.data(), bytes.size(), "rb"));
+    } else {
+        file.reset(std::fopen(path.c_str(), "rb"));
+    }
+    if (file == nullptr && !(standardInput && bytes.empty())) {
+        throw RunError(name + ": cannot open: " + std::strerror(errno));
+    }
+    uint8_t signature[8] = {};
+    const size_t count = file ? std::fread(signature, 1, sizeof signature, file.get()) : 0;
+    if (file && std::ferror(file.get())) throw RunError(name + ": cannot read: " + std::strerror(errno));
+    if (count == 0) throw RunError(name + ": empty file, not a PNG or JPEG image");
+    std::rewind(file.get());
+    if (HasPngSignature(signature, count)) return ReadPng(file.get(), name);
+    if (HasJpegSignature(signature, count)) return ReadJpeg(file.get(), name, settings.autoOrient);
+    throw RunError(name + ": not a PNG or JPEG file");
+}
+
+FileFormat OutputFormatOf(const std::string& path, const EncodeSettings& settings) {
+    if (settings.format) return *settings.format;
+    if (path == kStandardStream) throw UsageError("standard output needs --format png or --format jpeg");
     const std::string extension = LowerCaseExtension(path);
     if (extension == ".png") return FileFormat::Png;
     if (extension == ".jpg" || extension == ".jpeg") return FileFormat::Jpeg;
     throw UsageError(path + ": unknown output format" + (extension.empty() ? "" : " '" + extension + "'") +
-                     " (name it .png, .jpg or .jpeg)");
+                     " (name it .png, .jpg or .jpeg, or give --format)");
 }
 
-void EncodeImageFile(AtomicOutputFile& output, const Image& image, ImageRole role) {
-    if (OutputFormatOf(output.path()) == FileFormat::Png) {
-        WritePng(output.stream(), image, role, output.path());
+void EncodeImageFile(FILE* stream, const std::string& path, const Image& image, ImageRole role,
+                     const EncodeSettings& settings) {
+    if (OutputFormatOf(path, settings) == FileFormat::Png) {
+        WritePng(stream, image, role, settings.pngLevel, path);
     } else {
-        WriteJpeg(output.stream(), image, role, output.path());
+        WriteJpeg(stream, image, role, settings.jpeg, path);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/pixturn/image_files.h"
 #include "tools/pixturn/number_arguments.h"
 
 namespace pixturn {
@@ -24,6 +25,12 @@ enum OptionBit : unsigned {
     kOptionSize = 1u << 8,
     kOptionPlugin = 1u << 9,
     kOptionInput = 1u << 10,
+    kOptionPngLevel = 1u << 11,
+    kOptionQuality = 1u << 12,
+    kOptionFlatten = 1u << 13,
+    kOptionFormat = 1u << 14,
+    kOptionOutDir = 1u << 15,
+    kOptionNoAutoOrient = 1u << 16,
 };
 
 struct Invocation {
@@ -43,6 +50,9 @@ struct Invocation {
     PictureSize size;
     std::string plugin;
     std::string input;
+    std::string outDir;
+    ReadSettings reading;
+    EncodeSettings encoding;
 
     bool Has(OptionBit option) const { return (given & option) != 0; }
 };

@@ -11,13 +11,12 @@
 #include <csetjmp>
 #include <vector>
 
+#include "tools/pixturn/exif_orientation.h"
 #include "tools/pixturn/failure.h"
 
 namespace pixturn {
 
 namespace {
-
-constexpr int kJpegQuality = 92;
 
 struct JpegErrors {
     jpeg_error_mgr manager;
@@ -66,6 +65,7 @@ bool ReadHeader(JpegReadState& state, FILE* file) {
     jpeg_create_decompress(&state.codec);
     state.created = true;
     jpeg_stdio_src(&state.codec, file);
+    jpeg_save_markers(&state.codec, JPEG_APP0 + 1, 0xFFFF);
     jpeg_read_header(&state.codec, TRUE);
     // CMYK cannot be turned into RGB by the library; it comes out as four channels.
     const bool cmyk = state.codec.jpeg_color_space == JCS_CMYK || state.codec.jpeg_color_space == JCS_YCCK;
@@ -73,10 +73,14 @@ bool ReadHeader(JpegReadState& state, FILE* file) {
     return true;
 }
 
+// The image grows with the rows decoded, so that a file whose data ends early
+// costs only what it held.
 bool ReadPixels(JpegReadState& state) {
     if (setjmp(state.errors.jump)) return false;
+    ReserveForDecoding(state.image);
     jpeg_start_decompress(&state.codec);
     while (state.codec.output_scanline < state.codec.output_height) {
+        state.image.rgba.resize(state.image.rgba.size() + state.image.RowBytes());
         JSAMPROW row = state.image.pixel(0, static_cast<int32_t>(state.codec.output_scanline));
         jpeg_read_scanlines(&state.codec, &row, 1);
     }
@@ -99,27 +103,50 @@ struct JpegWriteState {
     JpegErrors errors;
     jpeg_compress_struct codec{};
     bool created = false;
-    std::vector<JSAMPROW> rows;
+    std::vector<uint8_t> row;
 
     ~JpegWriteState() {
         if (created) jpeg_destroy_compress(&codec);
     }
 };
 
-bool WriteRows(JpegWriteState& state, FILE* file, int32_t width, int32_t height, ImageRole role) {
+// JPEG keeps no alpha: a picture's pixels are laid over the flatten colour, as
+// a viewer would show them on it, so that uncovered corners show that colour
+// rather than whatever RGB a transparent pixel holds. Masks go out grey.
+void PackRow(const uint8_t* rgba, int32_t width, ImageRole role, uint32_t flatten, uint8_t* out) {
+    const int under[3] = {static_cast<int>(flatten >> 16 & 0xFF), static_cast<int>(flatten >> 8 & 0xFF),
+                          static_cast<int>(flatten & 0xFF)};
+    for (int32_t x = 0; x < width; ++x, rgba += 4) {
+        if (role == ImageRole::Mask) {
+            *out++ = GreyLevel(rgba);
+            continue;
+        }
+        const int alpha = rgba[3];
+        if (alpha == 255) {
+            *out++ = rgba[0], *out++ = rgba[1], *out++ = rgba[2];
+            continue;
+        }
+        for (int c = 0; c < 3; ++c) *out++ = static_cast<uint8_t>((rgba[c] * alpha + under[c] * (255 - alpha) + 127) / 255);
+    }
+}
+
+bool WriteRows(JpegWriteState& state, FILE* file, const Image& image, ImageRole role, const JpegSettings& settings) {
     if (setjmp(state.errors.jump)) return false;
     jpeg_create_compress(&state.codec);
     state.created = true;
     jpeg_stdio_dest(&state.codec, file);
-    state.codec.image_width = static_cast<JDIMENSION>(width);
-    state.codec.image_height = static_cast<JDIMENSION>(height);
-    // Pictures go in as RGBA and the library skips the alpha byte.
-    state.codec.input_components = role == ImageRole::Mask ? 1 : 4;
-    state.codec.in_color_space = role == ImageRole::Mask ? JCS_GRAYSCALE : JCS_EXT_RGBA;
+    state.codec.image_width = static_cast<JDIMENSION>(image.width);
+    state.codec.image_height = static_cast<JDIMENSION>(image.height);
+    state.codec.input_components = role == ImageRole::Mask ? 1 : 3;
+    state.codec.in_color_space = role == ImageRole::Mask ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_set_defaults(&state.codec);
-    jpeg_set_quality(&state.codec, kJpegQuality, TRUE);
+    jpeg_set_quality(&state.codec, settings.quality, TRUE);
     jpeg_start_compress(&state.codec, TRUE);
-    jpeg_write_scanlines(&state.codec, state.rows.data(), static_cast<JDIMENSION>(height));
+    for (int32_t y = 0; y < image.height; ++y) {
+        PackRow(image.pixel(0, y), image.width, role, settings.flatten, state.row.data());
+        JSAMPROW row = state.row.data();
+        jpeg_write_scanlines(&state.codec, &row, 1);
+    }
     jpeg_finish_compress(&state.codec);
     return true;
 }
@@ -137,7 +164,7 @@ bool HasJpegSignature(const uint8_t* bytes, size_t count) {
     return count >= 3 && bytes[0] == 0xFF && bytes[1] == 0xD8 && bytes[2] == 0xFF;
 }
 
-Image ReadJpeg(FILE* file, const std::string& path) {
+Image ReadJpeg(FILE* file, const std::string& path, bool autoOrient) {
     JpegReadState state;
     state.codec.err = InstallErrors(state.errors);
     if (!ReadHeader(state, file)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
@@ -149,22 +176,24 @@ Image ReadJpeg(FILE* file, const std::string& path) {
                        " pixels is over the host's limit of " + std::to_string(kMaxPictureSide) +
                        " pixels a side");
     }
-    state.image = Image(static_cast<int32_t>(width), static_cast<int32_t>(height));
+    state.image.width = static_cast<int32_t>(width);
+    state.image.height = static_cast<int32_t>(height);
     if (!ReadPixels(state)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
     if (state.codec.out_color_space == JCS_CMYK) CmykToRgba(state.image);
+    if (!autoOrient) return std::move(state.image);
+    for (jpeg_saved_marker_ptr marker = state.codec.marker_list; marker != nullptr; marker = marker->next) {
+        if (const int orientation = ExifOrientation(marker->data, marker->data_length); orientation != 0) {
+            return Oriented(std::move(state.image), orientation);
+        }
+    }
     return std::move(state.image);
 }
 
-void WriteJpeg(FILE* file, const Image& image, ImageRole role, const std::string& path) {
-    const std::vector<uint8_t> grey = role == ImageRole::Mask ? GreyPlane(image) : std::vector<uint8_t>();
+void WriteJpeg(FILE* file, const Image& image, ImageRole role, const JpegSettings& settings, const std::string& path) {
     JpegWriteState state;
     state.codec.err = InstallErrors(state.errors);
-    state.rows.resize(static_cast<size_t>(image.height));
-    for (int32_t y = 0; y < image.height; ++y) {
-        const uint8_t* row = role == ImageRole::Mask ? &grey[static_cast<size_t>(y) * image.width] : image.pixel(0, y);
-        state.rows[static_cast<size_t>(y)] = const_cast<JSAMPROW>(row);
-    }
-    if (!WriteRows(state, file, image.width, image.height, role)) {
+    state.row.resize(static_cast<size_t>(image.width) * 3);
+    if (!WriteRows(state, file, image, role, settings)) {
         throw RunError(path + ": cannot write JPEG: " + state.errors.message);
     }
 }

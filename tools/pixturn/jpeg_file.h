@@ -1,5 +1,6 @@
 // JPEG files through libjpeg-turbo: grey, YCbCr and Adobe CMYK files read as RGB
-// with A = 255; pictures written as RGB (JPEG keeps no alpha), masks as grey.
+// with A = 255, turned upright by their EXIF orientation; pictures written as RGB
+// laid over a colour (JPEG keeps no alpha), masks as grey.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +17,15 @@ bool HasJpegSignature(const uint8_t* bytes, size_t count);
 // path names the file in messages. Throws Failure for a corrupt file (damaged
 // entropy-coded data included, which libjpeg would otherwise only warn about) or
 // one over the host's size limit.
-Image ReadJpeg(FILE* file, const std::string& path);
+// autoOrient: turn and mirror the pixels as the file's EXIF Orientation says, as
+// photo viewers show them.
+Image ReadJpeg(FILE* file, const std::string& path, bool autoOrient);
 
-void WriteJpeg(FILE* file, const Image& image, ImageRole role, const std::string& path);
+struct JpegSettings {
+    int quality = 92;              // libjpeg's quality scale, 1 to 100
+    uint32_t flatten = 0xFFFFFFFF;  // 0xAARRGGBB, AA unused: what transparent pixels are laid over
+};
+
+void WriteJpeg(FILE* file, const Image& image, ImageRole role, const JpegSettings& settings, const std::string& path);
 
 }  // namespace pixturn

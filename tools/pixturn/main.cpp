@@ -6,11 +6,13 @@
 #include <new>
 
 #include "tools/pixturn/arguments.h"
+#include "tools/pixturn/atomic_output.h"
 #include "tools/pixturn/commands.h"
 #include "tools/pixturn/failure.h"
 
 int main(int argc, char** argv) {
     using namespace pixturn;
+    RemoveTemporariesOnSignals();
     try {
         Invocation invocation = ParseCommandLine(argc, argv);
         const Command& command = *FindCommand(invocation.command);

@@ -1,6 +1,7 @@
-// `pixturn memory`: RotateMemoryQLM on a picture from a file, or on a picture
-// of the asked size made by the host, since the estimate depends on the size
-// only. The number goes first on its own so that scripts can read it.
+// `pixturn memory`: RotateMemoryQLM on a picture of a file's size, or of the
+// asked size. The estimate reads the receiver's Width and Height only, so the
+// host's picture holds no pixels: 32767 x 32767 is answered at once. The number
+// goes first on its own so that scripts can read it.
 #include <cinttypes>
 #include <cstdio>
 
@@ -22,18 +23,19 @@ int RunMemoryEstimate(const Command& command, const Invocation& invocation) {
         throw UsageError("--size: " + SizeText(size.width, size.height) + " is over the host's limit of " +
                          std::to_string(kMaxPictureSide) + " pixels a side");
     }
-    const Image input = fromFile ? ReadImageFile(invocation.operands.front()) : Image();
+    const Image input = fromFile ? ReadImageFile(invocation.operands.front(), invocation.reading) : Image();
 
     PluginHost host(SettingsFrom(invocation));
-    HostPicture receiver = fromFile ? host.MakePicture(input) : host.MakeBlankPicture(size.width, size.height);
+    HostPicture receiver = fromFile ? host.MakeSizedPicture(input.width, input.height)
+                                    : host.MakeSizedPicture(size.width, size.height);
     MethodArguments arguments;
     arguments.angle = invocation.angle;
     const MethodOutcome outcome = CallMethod(host, *command.method, receiver.get(), arguments);
     const std::string subject = fromFile ? invocation.operands.front() + " (" +
                                                SizeText(input.width, input.height) + ")"
                                          : "a " + SizeText(size.width, size.height) + " picture";
-    std::printf("%" PRId64 " bytes: %s on %s, %s\n", *outcome.bytes, outcome.call.c_str(), subject.c_str(),
-                HostText(invocation).c_str());
+    std::printf("%" PRId64 " bytes (%s): %s on %s, %s\n", *outcome.bytes, MebibyteText(*outcome.bytes).c_str(),
+                outcome.call.c_str(), subject.c_str(), HostText(invocation).c_str());
     return kExitSuccess;
 }
 

@@ -52,4 +52,14 @@ PictureSize ParsePictureSize(const std::string& text, const std::string& option)
     return size;
 }
 
+int ParseWholeNumber(const std::string& text, const std::string& option, int lowest, int highest) {
+    int value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (text.empty() || error != std::errc() || stop != end || value < lowest || value > highest) {
+        throw BadValue(option, text, "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
+    }
+    return value;
+}
+
 }  // namespace pixturn

@@ -15,5 +15,7 @@ struct PictureSize {
 // Throw a usage Failure naming `option` when the text is not what they read.
 double ParseFiniteNumber(const std::string& text, const std::string& option);
 PictureSize ParsePictureSize(const std::string& text, const std::string& option);
+// A whole number from lowest to highest.
+int ParseWholeNumber(const std::string& text, const std::string& option, int lowest, int highest);
 
 }  // namespace pixturn

@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
+#include <vector>
 
 #include "tools/pixturn/failure.h"
 
@@ -48,8 +51,18 @@ std::string HostChoiceNames() {
     return names;
 }
 
+// The library is found from where pixturn itself is, never from where it was
+// built: lib/pixturn/ beside bin/ once installed (as `cmake --install` lays them
+// out), or the build folder's top when run where it was built.
 std::string PluginHost::ResolvePluginPath(const std::string& requested) {
-    return requested.empty() ? simhost::DefaultPluginPath() : requested;
+    if (!requested.empty()) return requested;
+    if (const char* fromEnvironment = std::getenv("PIXTURN_PLUGIN")) return fromEnvironment;
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) return "libPixTurn.so";
+    const std::filesystem::path installed = program.parent_path() / PIXTURN_PLUGIN_FROM_PROGRAM;
+    if (std::filesystem::exists(installed, error)) return installed.lexically_normal().string();
+    return (program.parent_path().parent_path() / "libPixTurn.so").string();
 }
 
 PluginHost::PluginHost(const HostSettings& settings)
@@ -69,8 +82,8 @@ const simhost::RegisteredMethod& PluginHost::Method(const MethodEntry& entry) co
     throw RunError(std::string("the plug-in registered no method \"") + entry.declaration + "\" on this host");
 }
 
-HostPicture PluginHost::MakeBlankPicture(int32_t width, int32_t height) {
-    HostPicture picture(host_, host_.MakePicture(choice_->storage, width, height));
+HostPicture PluginHost::MakeBlankPicture(simhost::Storage storage, int32_t width, int32_t height) {
+    HostPicture picture(host_, host_.MakePicture(storage, width, height));
     if (!picture) {
         throw RunError("the host could not make a " + std::to_string(width) + " x " + std::to_string(height) +
                        " picture");
@@ -78,31 +91,36 @@ HostPicture PluginHost::MakeBlankPicture(int32_t width, int32_t height) {
     return picture;
 }
 
+HostPicture PluginHost::MakeSizedPicture(int32_t width, int32_t height) {
+    return MakeBlankPicture(simhost::Storage::VectorOnly, width, height);
+}
+
+// Row by row: an Image row and a row of host pixels are both R, G, B, A bytes.
+static_assert(sizeof(simhost::Rgba) == 4);
+
 HostPicture PluginHost::MakePicture(const Image& image, ImageRole role) {
-    HostPicture picture = MakeBlankPicture(image.width, image.height);
+    HostPicture picture = MakeBlankPicture(choice_->storage, image.width, image.height);
+    std::vector<simhost::Rgba> row(static_cast<size_t>(image.width));
     for (int32_t y = 0; y < image.height; ++y) {
-        for (int32_t x = 0; x < image.width; ++x) {
-            const uint8_t* p = image.pixel(x, y);
-            const uint8_t grey = GreyLevel(p);
-            host_.SetPixel(picture.get(), x, y,
-                           role == ImageRole::Mask ? simhost::Rgba{grey, grey, grey, 255}
-                                                   : simhost::Rgba{p[0], p[1], p[2], p[3]});
+        if (role == ImageRole::Mask) {
+            for (int32_t x = 0; x < image.width; ++x) {
+                const uint8_t grey = GreyLevel(image.pixel(x, y));
+                row[static_cast<size_t>(x)] = {grey, grey, grey, 255};
+            }
+        } else {
+            std::memcpy(row.data(), image.pixel(0, y), image.RowBytes());
         }
+        host_.SetRow(picture.get(), y, row.data());
     }
     return picture;
 }
 
 Image PluginHost::ReadPicture(REALpicture picture) const {
     Image image(host_.Width(picture), host_.Height(picture));
+    std::vector<simhost::Rgba> row(static_cast<size_t>(image.width));
     for (int32_t y = 0; y < image.height; ++y) {
-        for (int32_t x = 0; x < image.width; ++x) {
-            const simhost::Rgba pixel = host_.GetPixel(picture, x, y);
-            uint8_t* p = image.pixel(x, y);
-            p[0] = pixel.r;
-            p[1] = pixel.g;
-            p[2] = pixel.b;
-            p[3] = pixel.a;
-        }
+        host_.GetRow(picture, y, row.data());
+        std::memcpy(image.pixel(0, y), row.data(), image.RowBytes());
     }
     return image;
 }

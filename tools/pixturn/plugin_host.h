@@ -29,7 +29,7 @@ std::string HostChoiceNames();  // "desktop|desktop24|..."
 struct HostSettings {
     const HostChoice* choice = nullptr;
     std::optional<double> version = 2019.0;  // nullopt: the host reports no version
-    std::string pluginPath;                  // empty: $PIXTURN_PLUGIN, else the built library
+    std::string pluginPath;                  // empty: $PIXTURN_PLUGIN, else the one beside pixturn
 };
 
 // One reference on a host picture, given back when it goes.
@@ -76,11 +76,13 @@ public:
     // A new picture in the storage of the chosen host kind holding the image;
     // a mask gets the image's grey levels.
     HostPicture MakePicture(const Image& image, ImageRole role = ImageRole::Picture);
-    // A picture of that size in the chosen storage, as the host makes it.
-    HostPicture MakeBlankPicture(int32_t width, int32_t height);
+    // A picture of that size that the host can draw but keeps no pixels for
+    // until one is written: enough for a method that reads only the size.
+    HostPicture MakeSizedPicture(int32_t width, int32_t height);
     Image ReadPicture(REALpicture picture) const;
 
 private:
+    HostPicture MakeBlankPicture(simhost::Storage storage, int32_t width, int32_t height);
     static std::string ResolvePluginPath(const std::string& requested);
 
     const HostChoice* choice_;

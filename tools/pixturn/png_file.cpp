@@ -5,8 +5,10 @@
 #include "tools/pixturn/png_file.h"
 
 #include <png.h>
+#include <zlib.h>
 
 #include <csetjmp>
+#include <optional>
 #include <cstring>
 #include <vector>
 
@@ -54,9 +56,24 @@ bool ReadHeader(PngReadState& state, FILE* file) {
     return true;
 }
 
+// Non-interlaced files are read a row at a time into an image that grows with
+// the rows decoded, so that a file whose data ends early costs only what it
+// held; interlaced ones need every row at once.
 bool ReadPixels(PngReadState& state) {
     if (setjmp(png_jmpbuf(state.png))) return false;
-    png_read_image(state.png, state.rows.data());
+    Image& image = state.image;
+    if (png_get_interlace_type(state.png, state.info) == PNG_INTERLACE_NONE) {
+        ReserveForDecoding(image);
+        for (int32_t y = 0; y < image.height; ++y) {
+            image.rgba.resize(image.rgba.size() + image.RowBytes());
+            png_read_row(state.png, image.pixel(0, y), nullptr);
+        }
+    } else {
+        image.rgba.resize(image.RowBytes() * static_cast<size_t>(image.height));
+        std::vector<png_bytep> rows(static_cast<size_t>(image.height));
+        for (int32_t y = 0; y < image.height; ++y) rows[static_cast<size_t>(y)] = image.pixel(0, y);
+        png_read_image(state.png, rows.data());
+    }
     png_read_end(state.png, nullptr);
     return true;
 }
@@ -65,18 +82,78 @@ struct PngWriteState {
     PngErrorSink errors;
     png_structp png = nullptr;
     png_infop info = nullptr;
-    std::vector<png_bytep> rows;
+    std::vector<uint8_t> row;
 
     ~PngWriteState() { png_destroy_write_struct(&png, &info); }
 };
 
-bool WriteRows(PngWriteState& state, FILE* file, int32_t width, int32_t height, int colourType) {
+// The smallest of PNG's 8-bit colour types that holds every pixel exactly: grey
+// when R = G = B everywhere, no alpha channel when every pixel is opaque. A
+// channel fewer is a quarter less to filter and compress.
+int ColourTypeFor(const Image& image, ImageRole role) {
+    if (role == ImageRole::Mask) return PNG_COLOR_TYPE_GRAY;
+    bool opaque = true;
+    bool grey = true;
+    const uint8_t* p = image.rgba.data();
+    const uint8_t* end = p + image.rgba.size();
+    for (; p != end && (opaque || grey); p += 4) {
+        opaque = opaque && p[3] == 255;
+        grey = grey && p[0] == p[1] && p[1] == p[2];
+    }
+    if (grey) return opaque ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_GRAY_ALPHA;
+    return opaque ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_RGBA;
+}
+
+// One RGBA row in the bytes of the chosen colour type; a mask's grey level is
+// the luma of its pixel.
+void PackRow(const uint8_t* rgba, int32_t width, int colourType, ImageRole role, uint8_t* out) {
+    for (int32_t x = 0; x < width; ++x, rgba += 4) {
+        switch (colourType) {
+            case PNG_COLOR_TYPE_GRAY: *out++ = role == ImageRole::Mask ? GreyLevel(rgba) : rgba[0]; break;
+            case PNG_COLOR_TYPE_GRAY_ALPHA: *out++ = rgba[0], *out++ = rgba[3]; break;
+            case PNG_COLOR_TYPE_RGB: *out++ = rgba[0], *out++ = rgba[1], *out++ = rgba[2]; break;
+            default: std::memcpy(out, rgba, 4), out += 4; break;
+        }
+    }
+}
+
+int ChannelsOf(int colourType) {
+    switch (colourType) {
+        case PNG_COLOR_TYPE_GRAY: return 1;
+        case PNG_COLOR_TYPE_GRAY_ALPHA: return 2;
+        case PNG_COLOR_TYPE_RGB: return 3;
+        default: return 4;
+    }
+}
+
+// Unless a level is asked for, speed first: the Sub filter on every row and
+// zlib's run-length strategy, which on photos compresses nearly as well as its
+// default in a fraction of the time (a 4000 x 3000 photo: 0.8 s and 9.9 MB,
+// against 3.5 s and 8.4 MB at libpng's default, level 6 with its choice of
+// filter for each row). An asked level gets zlib's usual strategy and libpng's
+// filter choice (none at level 0, where nothing is compressed).
+void SetCompression(png_structp png, std::optional<int> level) {
+    if (!level) {
+        png_set_compression_strategy(png, Z_RLE);
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
+        return;
+    }
+    png_set_compression_level(png, *level);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, *level == 0 ? PNG_FILTER_NONE : PNG_ALL_FILTERS);
+}
+
+bool WriteRows(PngWriteState& state, FILE* file, const Image& image, ImageRole role, int colourType,
+               std::optional<int> level) {
     if (setjmp(png_jmpbuf(state.png))) return false;
     png_init_io(state.png, file);
-    png_set_IHDR(state.png, state.info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-                 colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    SetCompression(state.png, level);
+    png_set_IHDR(state.png, state.info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
+                 8, colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(state.png, state.info);
-    png_write_image(state.png, state.rows.data());
+    for (int32_t y = 0; y < image.height; ++y) {
+        PackRow(image.pixel(0, y), image.width, colourType, role, state.row.data());
+        png_write_row(state.png, state.row.data());
+    }
     png_write_end(state.png, nullptr);
     return true;
 }
@@ -105,30 +182,23 @@ Image ReadPng(FILE* file, const std::string& path) {
                        " pixels is over the host's limit of " + std::to_string(kMaxPictureSide) +
                        " pixels a side");
     }
-    state.image = Image(static_cast<int32_t>(width), static_cast<int32_t>(height));
     if (png_get_rowbytes(state.png, state.info) != static_cast<size_t>(width) * 4) {
         throw RunError(path + ": unsupported PNG layout");
     }
-    state.rows.resize(height);
-    for (png_uint_32 y = 0; y < height; ++y) state.rows[y] = state.image.pixel(0, static_cast<int32_t>(y));
+    state.image.width = static_cast<int32_t>(width);
+    state.image.height = static_cast<int32_t>(height);
     if (!ReadPixels(state)) throw CorruptPng(path, state.errors);
     return std::move(state.image);
 }
 
-void WritePng(FILE* file, const Image& image, ImageRole role, const std::string& path) {
-    // Masks go out as one grey byte per pixel; pictures as their RGBA bytes.
-    const std::vector<uint8_t> grey = role == ImageRole::Mask ? GreyPlane(image) : std::vector<uint8_t>();
+void WritePng(FILE* file, const Image& image, ImageRole role, std::optional<int> level, const std::string& path) {
     PngWriteState state;
     state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.errors, OnPngError, OnPngWarning);
     if (state.png != nullptr) state.info = png_create_info_struct(state.png);
     if (state.info == nullptr) throw std::bad_alloc();
-    state.rows.resize(static_cast<size_t>(image.height));
-    for (int32_t y = 0; y < image.height; ++y) {
-        const uint8_t* row = role == ImageRole::Mask ? &grey[static_cast<size_t>(y) * image.width] : image.pixel(0, y);
-        state.rows[static_cast<size_t>(y)] = const_cast<png_bytep>(row);
-    }
-    const int colourType = role == ImageRole::Mask ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGBA;
-    if (!WriteRows(state, file, image.width, image.height, colourType)) {
+    const int colourType = ColourTypeFor(image, role);
+    state.row.resize(static_cast<size_t>(image.width) * ChannelsOf(colourType));
+    if (!WriteRows(state, file, image, role, colourType, level)) {
         throw RunError(path + ": cannot write PNG: " + state.errors.message);
     }
 }
