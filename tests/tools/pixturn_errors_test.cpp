@@ -1,9 +1,13 @@
 // Bad input of every kind: one line on stderr naming the file or argument, the
 // exit status of its kind, and nothing left in the output directory (an output
-// that stood there before is untouched).
+// that stood there before is untouched). Then where outputs go: several files
+// into a directory, standard input and output, the longest names, and an
+// interrupted write.
 #include <png.h>
+#include <zlib.h>
 
 #include <algorithm>
+#include <csignal>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +21,11 @@ struct BadInput {
     std::vector<std::string> arguments;  // "@" before a name puts it in the scratch directory
     int status;
     std::string message;  // part of the line on stderr
+    // A limit set first: the address space a file may not make the command
+    // claim ("v"), or the size of the files it writes ("f", in KiB beyond the
+    // plug-in library's own size, which the host may copy).
+    char limit = 0;
+    long limitValue = 0;
 };
 
 const BadInput kBadInputs[] = {
@@ -38,9 +47,30 @@ const BadInput kBadInputs[] = {
     {"OptionOfAnotherCommand", {"rotate90", "@good.png", "--angle", "3", "-o", "@out.png"}, 2,
      "option --angle does not apply to 'rotate90'"},
     {"UnknownCommand", {"spin", "@good.png"}, 2, "unknown command 'spin'"},
-    {"MissingOutput", {"rotate90", "@good.png"}, 2, "rotate90: missing --output OUTPUT"},
-    {"BadBackground", {"rotate", "@good.png", "--angle", "3", "--background", "red", "-o", "@out.png"}, 2,
-     "--background: 'red' is not a colour"},
+    {"MissingOutput", {"rotate90", "@good.png"}, 2, "rotate90: missing --output OUTPUT (or --out-dir DIR)"},
+    {"BadBackground", {"rotate", "@good.png", "--angle", "3", "--background", "#12345", "-o", "@out.png"}, 2,
+     "--background: '#12345' is not a colour"},
+    {"UnknownColourName", {"rotate", "@good.png", "--angle", "3", "--flatten", "reddish", "-o", "@out.jpg"}, 2,
+     "--flatten: 'reddish' is not a colour"},
+    {"PngLevelOutOfRange", {"rotate90", "@good.png", "--png-level", "10", "-o", "@out.png"}, 2,
+     "--png-level: '10' is not a whole number from 0 to 9"},
+    {"StandardOutputWithoutFormat", {"rotate90", "@good.png", "-o", "-"}, 2, "standard output needs --format"},
+    {"SeveralFilesWithoutDirectory", {"rotate90", "@good.png", "@small.png", "-o", "@out.png"}, 2,
+     "several FILEs need --out-dir"},
+    {"PictureAndMaskToOneFile",
+     {"rotate-mask", "@good.png", "--mask", "@good.png", "--angle", "3", "-o", "@same.png", "--mask-out", "@./same.png"},
+     2, "same.png: named for both the picture and the mask"},
+    // Both targets are checked before either file appears.
+    {"MaskOutputIsADirectory",
+     {"rotate-mask", "@good.png", "--mask", "@good.png", "--angle", "3", "-o", "@new.png", "--mask-out", "@taken.png"},
+     1, "taken.png: cannot write: Is a directory"},
+    // Header only, 32767 x 32767 claimed: refused for what the file holds, at no
+    // cost of the 4 GiB it claims.
+    {"HeaderOnlyPng", {"rotate90", "@claims.png", "-o", "@out.png"}, 1, "claims.png: corrupt PNG file", 'v', 1000000},
+    {"HeaderOnlyJpeg", {"rotate90", "@claims.jpg", "-o", "@out.png"}, 1, "claims.jpg: corrupt JPEG file", 'v', 1000000},
+    {"FileSizeLimit", {"rotate90", "@noise.png", "-o", "@out.png"}, 1, "out.png: cannot write", 'f', 64},
+    {"InPlaceOnSixteenBitWorld", {"mirror-in-place", "@good.png", "--host", "desktop16", "-o", "@out.png"}, 1,
+     "MirrorPictureQLM returned False"},
     {"UnknownHost", {"rotate90", "@good.png", "--host", "mac", "-o", "@out.png"}, 2, "--host: unknown host kind 'mac'"},
     {"UnknownOutputFormat", {"rotate90", "@good.png", "-o", "@out.gif"}, 2, "out.gif: unknown output format '.gif'"},
     {"OutputDirectoryMissing", {"rotate90", "@good.png", "-o", "@nowhere/out.png"}, 1, "nowhere/out.png: cannot write"},
@@ -55,9 +85,43 @@ const BadInput kBadInputs[] = {
     {"MissingPlugin", {"rotate90", "@good.png", "--plugin", "@libNone.so", "-o", "@out.png"}, 1, "libNone.so: cannot open"},
 };
 
+// A JPEG whose frame header is made to claim 32767 x 32767 and whose data ends
+// soon after.
+std::string ClaimingJpeg(const std::string& jpeg) {
+    std::string claims = jpeg;
+    const size_t frame = claims.find("\xFF\xC0");
+    claims.replace(frame + 5, 4, "\x7F\xFF\x7F\xFF");
+    return claims.substr(0, claims.find("\xFF\xDA") + 64);
+}
+
+std::string Chunk(const std::string& type, const std::string& data) {
+    const auto word = [](uint32_t v) { return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; };
+    const std::string body = type + data;
+    return word(static_cast<uint32_t>(data.size())) + body +
+           word(static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(body.data()), static_cast<uInt>(body.size()))));
+}
+
+// A PNG of a signature, an RGBA header of that size and the end: no pixel data.
+std::string HeaderOnlyPng(uint32_t width, uint32_t height) {
+    const std::string header{char(width >> 24), char(width >> 16), char(width >> 8), char(width),
+                             char(height >> 24), char(height >> 16), char(height >> 8), char(height),
+                             8, 6, 0, 0, 0};
+    return std::string("\x89PNG\r\n\x1A\n", 8) + Chunk("IHDR", header) + Chunk("IEND", "");
+}
+
+// The limit as the shell sets it, or nothing when it cannot apply.
+std::string LimitCommand(const BadInput& input) {
+    if (input.limit == 'f') {
+        const auto library = std::filesystem::file_size(simhost::DefaultPluginPath());
+        return "ulimit -f " + std::to_string(static_cast<long>(library / 1024) + input.limitValue);
+    }
+    return input.limit == 'v' ? "ulimit -v " + std::to_string(input.limitValue) : "";
+}
+
 class BadInputs : public testing::TestWithParam<BadInput> {};
 
 TEST_P(BadInputs, OneLineNoOutput) {
+    if (GetParam().limit == 'v' && kSanitized) GTEST_SKIP() << "AddressSanitizer needs more address space";
     const ScratchDirectory dir;
     WriteRgbaPng(dir / "good.png", RandomPixels(6, 4, 1));
     WriteRgbaPng(dir / "small.png", RandomPixels(3, 3, 2));
@@ -71,13 +135,17 @@ TEST_P(BadInputs, OneLineNoOutput) {
     WriteText(dir / "corrupt.jpg", jpeg.substr(0, jpeg.size() / 2));
     WriteText(dir / "empty.png", "");
     WriteText(dir / "notes.txt", "not a picture\n");
+    WriteText(dir / "claims.jpg", ClaimingJpeg(jpeg));
+    WriteText(dir / "claims.png", HeaderOnlyPng(32767, 32767));
+    WriteRgbaPng(dir / "noise.png", RandomPixels(1024, 1024, 3));
+    std::filesystem::create_directory(dir / "taken.png");
     WriteText(dir / "out.png", "what was there before");
     const std::vector<std::string> before = dir.Files();
 
     std::vector<std::string> arguments;
     for (const std::string& argument : GetParam().arguments)
         arguments.push_back(argument[0] == '@' ? dir / argument.substr(1) : argument);
-    const RunResult run = RunPixturn(arguments);
+    const RunResult run = RunPixturn(arguments, {.before = LimitCommand(GetParam())});
     EXPECT_EQ(run.status, GetParam().status);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err.rfind("pixturn: ", 0), 0u) << run.err;
@@ -88,6 +156,58 @@ TEST_P(BadInputs, OneLineNoOutput) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Pixturn, BadInputs, testing::ValuesIn(kBadInputs), [](const auto& info) { return info.param.name; });
+
+using test_support::Rearranged;
+using test_support::Rearrangement;
+
+// mogrify's habit: each result under its input's name; a file that fails is one
+// line, and the others are still written.
+TEST(PixturnOutDir, EachFileUnderItsOwnNameFailuresOneLineEach) {
+    const ScratchDirectory dir;
+    const Image a = RandomPixels(5, 3, 1), b = RandomPixels(2, 7, 2);
+    WriteRgbaPng(dir / "a.png", a);
+    WriteRgbaPng(dir / "b.png", b);
+    WriteText(dir / "notes.png", "not a picture");
+    const RunResult run = RunPixturn({"hmirror", dir / "a.png", dir / "missing.png", dir / "notes.png", dir / "b.png",
+                                      "--out-dir", dir / "out"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 2) << run.err;
+    EXPECT_NE(run.err.find("missing.png: cannot open"), std::string::npos) << run.err;
+    EXPECT_EQ(ReadPng(dir / "out/a.png").image, Rearranged(a, Rearrangement::LeftRight));
+    EXPECT_EQ(ReadPng(dir / "out/b.png").image, Rearranged(b, Rearrangement::LeftRight));
+    EXPECT_FALSE(std::filesystem::exists(dir / "out/notes.png"));
+}
+
+TEST(PixturnStreams, StandardInputToStandardOutput) {
+    const ScratchDirectory dir;
+    const Image input = RandomPixels(6, 4, 9);
+    WriteRgbaPng(dir / "in.png", input);
+    const RunResult run = RunPixturn({"rotate90", "-", "-o", "-", "--format", "png"}, {.standardInput = dir / "in.png", .before = ""});
+    ASSERT_EQ(run.status, 0) << run.err;
+    WriteText(dir / "out.png", run.out);
+    EXPECT_EQ(ReadPng(dir / "out.png").image, Rearranged(input, Rearrangement::QuarterAnticlockwise));
+}
+
+// A name of 255 bytes is legal; the temporary file beside it must fit too.
+TEST(PixturnOutput, TheLongestNameTheFileSystemAllows) {
+    const ScratchDirectory dir;
+    WriteRgbaPng(dir / "in.png", RandomPixels(3, 2, 4));
+    const std::string name = std::string(251, 'n') + ".png";
+    const RunResult run = RunPixturn({"clone", dir / "in.png", "-o", dir / name});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(dir.Files(), (std::vector<std::string>{"in.png", name}));
+}
+
+// Told to stop while it writes, the command takes its temporary file with it.
+TEST(PixturnOutput, StoppedWhileWritingLeavesNothing) {
+    const ScratchDirectory dir;
+    WriteRgbaPng(dir / "in.png", RandomPixels(1500, 1500, 5));
+    const RunResult run = RunShell("cd " + dir / "" + " && { " + PIXTURN_COMMAND +
+                                   " clone in.png --png-level 9 -o out.png & pid=$!; "
+                                   "until ls -a | grep -q pixturn-; do sleep 0.01; done; kill -TERM $pid; wait $pid; }");
+    EXPECT_EQ(run.status, 128 + SIGTERM) << run.err;
+    EXPECT_EQ(dir.Files(), std::vector<std::string>{"in.png"});
+}
 
 }  // namespace
 }  // namespace pixturn_test

@@ -22,12 +22,16 @@ std::string Quoted(const std::string& argument) {
 
 }  // namespace
 
-RunResult RunPixturn(const std::vector<std::string>& arguments) {
-    const ScratchDirectory streams;
-    std::string command = Quoted(PIXTURN_COMMAND);
+RunResult RunPixturn(const std::vector<std::string>& arguments, const RunSettings& settings) {
+    std::string command = settings.before + (settings.before.empty() ? "" : "; ") + "exec " + Quoted(PIXTURN_COMMAND);
     for (const std::string& argument : arguments) command += " " + Quoted(argument);
-    command += " >" + Quoted(streams / "out") + " 2>" + Quoted(streams / "err");
-    const int status = std::system(command.c_str());
+    return RunShell(command + " <" + Quoted(settings.standardInput));
+}
+
+RunResult RunShell(const std::string& command) {
+    const ScratchDirectory streams;
+    const std::string redirected = "{ " + command + "; } >" + Quoted(streams / "out") + " 2>" + Quoted(streams / "err");
+    const int status = std::system(redirected.c_str());
     RunResult result;
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.out = ReadText(streams / "out");
@@ -100,7 +104,7 @@ ReadBack ReadPng(const std::string& path) {
     image.version = PNG_IMAGE_VERSION;
     if (!png_image_begin_read_from_file(&image, path.c_str())) throw std::runtime_error(path + ": " + image.message);
     ReadBack read;
-    read.grey = image.format == PNG_FORMAT_GRAY;
+    read.format = image.format;
     image.format = PNG_FORMAT_RGBA;
     read.image.width = static_cast<int32_t>(image.width);
     read.image.height = static_cast<int32_t>(image.height);

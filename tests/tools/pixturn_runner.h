@@ -19,8 +19,25 @@ struct RunResult {
     std::string err;
 };
 
+// How the shell starts it: standard input from a file, and commands run first
+// ("ulimit -f 64").
+struct RunSettings {
+    std::string standardInput = "/dev/null";
+    std::string before;
+};
+
 // Runs pixturn with these arguments; stdout and stderr are captured.
-RunResult RunPixturn(const std::vector<std::string>& arguments);
+RunResult RunPixturn(const std::vector<std::string>& arguments, const RunSettings& settings = {});
+// Any command line of the shell, stdout and stderr captured the same way.
+RunResult RunShell(const std::string& command);
+
+// Built with AddressSanitizer, whose shadow memory no address-space limit admits.
+constexpr bool kSanitized =
+#if defined(__SANITIZE_ADDRESS__)
+    true;
+#else
+    false;
+#endif
 
 // A directory of its own for each test, removed at the end.
 class ScratchDirectory {
@@ -57,11 +74,11 @@ struct PngContents {
 void WritePng(const std::string& path, const PngContents& contents);
 void WriteRgbaPng(const std::string& path, const Image& pixels);
 
-// Reads a PNG as 8-bit RGBA; `grey` tells whether the file itself is grey
-// without alpha (how masks are written).
+// Reads a PNG as 8-bit RGBA; `format` is the file's own (PNG_FORMAT_GRAY for
+// the grey files masks are written as, PNG_FORMAT_RGB, ...).
 struct ReadBack {
     Image image;
-    bool grey = false;
+    uint32_t format = 0;
 };
 ReadBack ReadPng(const std::string& path);
 
