@@ -1,10 +1,12 @@
-# make demo: builds and runs the main job; make test: builds and runs every test
+# make demo: installs what the demo needs, builds the plug-in and pixturn only
+# (build/demo) and runs the gallery; make test: builds and runs every test
 # (default build, sanitized build, 32-bit build, a minute of fuzzing);
-# make fuzz-long: fuzzes for FUZZ_SECONDS (an hour unless told).
+# make fuzz-long: fuzzes for FUZZ_SECONDS (an hour unless told);
+# make bench-cli: every pixturn command against ImageMagick's convert on files.
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 3600
 
-.PHONY: deps build demo test test-default test-asan test-m32 fuzz fuzz-long clean bench
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 fuzz fuzz-long clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -13,8 +15,15 @@ build: deps
 	cmake --preset default
 	cmake --build --preset default -j $(JOBS)
 
-demo: build
-	./build/default/tools/pixturn demo demo-output
+deps-demo:
+	bash scripts/install-deps.sh --demo
+
+build-demo: deps-demo
+	cmake --preset demo
+	cmake --build --preset demo -j $(JOBS)
+
+demo: build-demo
+	./build/demo/tools/pixturn demo demo-output
 
 test: test-default test-asan test-m32 fuzz
 
@@ -44,6 +53,12 @@ bench:
 	cmake --preset bench
 	cmake --build --preset bench -j $(JOBS)
 	./build/bench/bench/pixturn_bench --benchmark_out=build/bench/bench-results.json --benchmark_out_format=json
+
+# Each pixturn command and ImageMagick's convert doing the same on a 4000 x 3000
+# PNG and JPEG, side by side (bench/cli.sh); installs ImageMagick if missing.
+bench-cli: build-demo
+	bash scripts/install-missing.sh imagemagick
+	bash bench/cli.sh build/demo/tools/pixturn
 
 clean:
 	rm -rf build demo-output

@@ -1,10 +1,18 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build and the tests need, only those missing.
-# Usage: scripts/install-deps.sh [extra package...]
+# Installs the Debian packages the build and the tests need, only those missing;
+# with --demo only what `make demo` needs (the compiler, CMake, libpng, libjpeg).
+# Usage: scripts/install-deps.sh [--demo] [extra package...]
 set -euo pipefail
 # libpng and libjpeg-turbo (whose RGBA pixel layouts it uses) for the pixturn
-# command, g++-multilib and googletest (sources) for the 32-bit build, clang and
-# its runtime libraries for the libFuzzer target.
-exec bash "$(dirname "$0")/install-missing.sh" \
-  cmake g++ make pkg-config libgtest-dev libpng-dev libjpeg62-turbo-dev \
-  g++-multilib googletest qemu-user clang libclang-rt-14-dev "$@"
+# command.
+demo=(cmake g++ make pkg-config libpng-dev libjpeg62-turbo-dev)
+if [ "${1:-}" = --demo ]; then
+  shift
+  exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" "$@"
+fi
+# libgtest-dev for the tests, g++-multilib and googletest (sources) for the
+# 32-bit build, clang
+# and its runtime libraries for the libFuzzer target, chromium for the test that
+# opens the demo's gallery.
+exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
+  g++-multilib googletest qemu-user clang libclang-rt-14-dev chromium "$@"

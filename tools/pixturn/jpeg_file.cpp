@@ -53,6 +53,7 @@ struct JpegReadState {
     JpegErrors errors;
     jpeg_decompress_struct codec{};
     bool created = false;
+    int orientation = 0;  // EXIF's, 0 when the file has none
     Image image;
 
     ~JpegReadState() {
@@ -67,6 +68,10 @@ bool ReadHeader(JpegReadState& state, FILE* file) {
     jpeg_stdio_src(&state.codec, file);
     jpeg_save_markers(&state.codec, JPEG_APP0 + 1, 0xFFFF);
     jpeg_read_header(&state.codec, TRUE);
+    // Saved markers live until the decompression finishes: read it now.
+    for (jpeg_saved_marker_ptr marker = state.codec.marker_list; marker != nullptr; marker = marker->next) {
+        if (state.orientation == 0) state.orientation = ExifOrientation(marker->data, marker->data_length);
+    }
     // CMYK cannot be turned into RGB by the library; it comes out as four channels.
     const bool cmyk = state.codec.jpeg_color_space == JCS_CMYK || state.codec.jpeg_color_space == JCS_YCCK;
     state.codec.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_RGBA;
@@ -180,13 +185,7 @@ Image ReadJpeg(FILE* file, const std::string& path, bool autoOrient) {
     state.image.height = static_cast<int32_t>(height);
     if (!ReadPixels(state)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
     if (state.codec.out_color_space == JCS_CMYK) CmykToRgba(state.image);
-    if (!autoOrient) return std::move(state.image);
-    for (jpeg_saved_marker_ptr marker = state.codec.marker_list; marker != nullptr; marker = marker->next) {
-        if (const int orientation = ExifOrientation(marker->data, marker->data_length); orientation != 0) {
-            return Oriented(std::move(state.image), orientation);
-        }
-    }
-    return std::move(state.image);
+    return autoOrient ? Oriented(std::move(state.image), state.orientation) : std::move(state.image);
 }
 
 void WriteJpeg(FILE* file, const Image& image, ImageRole role, const JpegSettings& settings, const std::string& path) {
