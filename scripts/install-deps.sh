@@ -11,8 +11,7 @@ if [ "${1:-}" = --demo ]; then
   exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" "$@"
 fi
 # libgtest-dev for the tests, g++-multilib and googletest (sources) for the
-# 32-bit build, clang
-# and its runtime libraries for the libFuzzer target, chromium for the test that
-# opens the demo's gallery.
+# 32-bit build, clang and its runtime libraries for the libFuzzer target,
+# chromium for the test that opens the demo's gallery.
 exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
   g++-multilib googletest qemu-user clang libclang-rt-14-dev chromium "$@"
