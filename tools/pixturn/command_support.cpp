@@ -3,9 +3,12 @@
 #include "tools/pixturn/command_support.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <new>
+#include <utility>
 
 #include "tools/pixturn/atomic_output.h"
 #include "tools/pixturn/failure.h"

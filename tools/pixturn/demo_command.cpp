@@ -140,14 +140,14 @@ private:
         entry.what = WhatItDoes(*step.method);
         entry.seconds = outcome.seconds;
         if (!outcome.Succeeded()) {
-            entry.returned = outcome.result ? "False" : "Nil";
+            entry.returned = outcome.result.has_value() ? "False" : "Nil";
             entry.failed = true;
             failures_.push_back(outcome.FailureText() + ": p." + outcome.call);
         } else if (outcome.bytes) {
             entry.returned = std::to_string(*outcome.bytes) + " bytes (" + MebibyteText(*outcome.bytes) + ")";
         } else {
             const REALpicture picture = outcome.picture ? outcome.picture.get() : receiver.get();
-            entry.returned = outcome.result ? "True, p changed" : picture == receiver.get() ? "p itself" : "a new picture";
+            entry.returned = outcome.result.has_value() ? "True, p changed" : picture == receiver.get() ? "p itself" : "a new picture";
             const Image result = host_.ReadPicture(picture);
             entry.images.push_back(Show(step.file, result, ImageRole::Picture, "picture"));
             if (const REALpicture mask = host_.host().MaskOf(picture); step.withMask && mask != nullptr) {

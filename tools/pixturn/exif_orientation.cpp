@@ -3,7 +3,6 @@
 #include "tools/pixturn/exif_orientation.h"
 
 #include <cstring>
-#include <utility>
 
 namespace pixturn {
 

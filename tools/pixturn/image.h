@@ -69,11 +69,4 @@ inline uint8_t GreyLevel(const uint8_t* rgba) {
     return static_cast<uint8_t>((299 * rgba[0] + 587 * rgba[1] + 114 * rgba[2] + 500) / 1000);
 }
 
-// One grey byte per pixel, rows top to bottom: a mask as the files hold it.
-inline std::vector<uint8_t> GreyPlane(const Image& image) {
-    std::vector<uint8_t> grey(image.rgba.size() / 4);
-    for (size_t i = 0; i < grey.size(); ++i) grey[i] = GreyLevel(&image.rgba[i * 4]);
-    return grey;
-}
-
 }  // namespace pixturn
