@@ -178,6 +178,18 @@ TEST(PixturnOutDir, EachFileUnderItsOwnNameFailuresOneLineEach) {
     EXPECT_FALSE(std::filesystem::exists(dir / "out/notes.png"));
 }
 
+// Work past a second shows a progress line on a terminal (script(1) gives the
+// command one), rewritten in place and cleared before each report line.
+TEST(PixturnOutDir, ProgressLineOnATerminalOnly) {
+    const ScratchDirectory dir;
+    for (const char* name : {"a.png", "b.png", "c.png", "d.png"}) WriteRgbaPng(dir / name, RandomPixels(1500, 1500, 6));
+    const std::string command =
+        std::string(PIXTURN_COMMAND) + " hmirror a.png b.png c.png d.png --png-level 9 --out-dir out";
+    const RunResult run = RunShell("cd " + dir / "" + " && script -qec '" + command + "' /dev/null");
+    ASSERT_EQ(run.status, 0) << run.out << run.err;
+    EXPECT_NE(run.out.find("\rpixturn: hmirror: 4/4 d.png\033[K\r\033[K"), std::string::npos) << run.out;
+}
+
 TEST(PixturnStreams, StandardInputToStandardOutput) {
     const ScratchDirectory dir;
     const Image input = RandomPixels(6, 4, 9);

@@ -34,15 +34,19 @@ Failure MethodFailure(const MethodOutcome& outcome, const std::string& input, co
     return RunError(outcome.FailureText() + ": " + outcome.call + " on " + input + ", " + HostText(invocation));
 }
 
-void Report(const std::string& output, const Image& result, const MethodOutcome& outcome, const std::string& input,
-            const Invocation& invocation) {
-    std::fprintf(ReportStream(output), "%s: %s, %s on %s, %s\n", output.c_str(),
-                 SizeText(result.width, result.height).c_str(), outcome.call.c_str(), input.c_str(),
-                 HostText(invocation).c_str());
+// The line that says what was written: "out.png: 40 x 30, Rotate90QLM on ...".
+std::string Report(const std::string& output, const Image& result, const MethodOutcome& outcome,
+                   const std::string& input, const Invocation& invocation) {
+    return output + ": " + SizeText(result.width, result.height) + ", " + outcome.call + " on " + input + ", " +
+           HostText(invocation) + "\n";
 }
 
-// One file through the method to its output.
-void Transform(PluginHost& host, const MethodEntry& entry, const std::string& path, const std::string& output,
+void Print(const std::string& output, const std::string& report) {
+    std::fputs(report.c_str(), ReportStream(output));
+}
+
+// One file through the method to its output; gives the report line.
+std::string Transform(PluginHost& host, const MethodEntry& entry, const std::string& path, const std::string& output,
                const Invocation& invocation) {
     OutputFormatOf(output, invocation.encoding);
     std::string input;
@@ -58,7 +62,7 @@ void Transform(PluginHost& host, const MethodEntry& entry, const std::string& pa
     // (or, for BitmapQLM, possibly the receiver with another reference).
     const Image result = host.ReadPicture(entry.form == MethodForm::InPlace ? receiver.get() : outcome.picture.get());
     WriteOutputs({{output, &result, ImageRole::Picture}}, invocation.encoding);
-    Report(output, result, outcome, input, invocation);
+    return Report(output, result, outcome, input, invocation);
 }
 
 // The output of one of several files: the input's own name in the directory.
@@ -81,7 +85,7 @@ int RunPictureMethod(const Command& command, const Invocation& invocation) {
     if (invocation.Has(kOptionOutput)) {
         if (paths.size() > 1) throw UsageError(std::string(command.name) + ": several FILEs need --out-dir DIR");
         PluginHost host(SettingsFrom(invocation));
-        Transform(host, entry, paths.front(), invocation.output, invocation);
+        Print(invocation.output, Transform(host, entry, paths.front(), invocation.output, invocation));
         return kExitSuccess;
     }
 
@@ -98,7 +102,9 @@ int RunPictureMethod(const Command& command, const Invocation& invocation) {
             if (!written.insert(outputs[i]).second) {
                 throw RunError(paths[i] + ": another FILE of the same name was written to " + outputs[i]);
             }
-            Transform(host, entry, paths[i], outputs[i], invocation);
+            const std::string report = Transform(host, entry, paths[i], outputs[i], invocation);
+            progress.Clear();
+            Print(outputs[i], report);
         } catch (const Failure& failure) {
             // A broken ledger says the plug-in itself is wrong: nothing after it can be trusted.
             if (failure.status() == kExitInternal) throw;
@@ -154,10 +160,10 @@ int RunRotateWithMask(const Command& command, const Invocation& invocation) {
         outputs.push_back({invocation.maskOutput, &turnedMask, ImageRole::Mask});
     }
     WriteOutputs(outputs, invocation.encoding);
-    Report(invocation.output, result, outcome, input, invocation);
+    Print(invocation.output, Report(invocation.output, result, outcome, input, invocation));
     if (invocation.Has(kOptionMaskOutput)) {
-        std::fprintf(ReportStream(invocation.maskOutput), "%s: %s, the turned mask\n", invocation.maskOutput.c_str(),
-                     SizeText(turnedMask.width, turnedMask.height).c_str());
+        Print(invocation.maskOutput, invocation.maskOutput + ": " + SizeText(turnedMask.width, turnedMask.height) +
+                                         ", the turned mask\n");
     }
     return kExitSuccess;
 }

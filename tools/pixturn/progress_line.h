@@ -20,7 +20,7 @@ public:
 
     // The next step begins; what names it.
     void Step(const std::string& what);
-    // Removes the line, before a message of its own or at the end.
+    // Removes the line, before any other output to the terminal and at the end.
     void Clear();
 
 private:
