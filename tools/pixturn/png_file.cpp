@@ -70,9 +70,9 @@ bool ReadPixels(PngReadState& state) {
         }
     } else {
         image.rgba.resize(image.RowBytes() * static_cast<size_t>(image.height));
-        std::vector<png_bytep> rows(static_cast<size_t>(image.height));
-        for (int32_t y = 0; y < image.height; ++y) rows[static_cast<size_t>(y)] = image.pixel(0, y);
-        png_read_image(state.png, rows.data());
+        state.rows.resize(static_cast<size_t>(image.height));
+        for (int32_t y = 0; y < image.height; ++y) state.rows[static_cast<size_t>(y)] = image.pixel(0, y);
+        png_read_image(state.png, state.rows.data());
     }
     png_read_end(state.png, nullptr);
     return true;
