@@ -3,11 +3,13 @@
 # file to file, on a 4000 x 3000 photo-like picture as PNG and as JPEG. Each
 # figure is the median wall time of RUNS runs (3 unless told), both programs run
 # in turn in this one session; the table is Markdown, for docs/benchmarks.md.
+# ONLY=REGEX keeps the commands that match it ("ONLY=memory").
 # Usage: bench/cli.sh PIXTURN [WORK_DIR]
 set -euo pipefail
 pixturn=$(realpath "$1")
 work=${2:-build/bench-cli}
 runs=${RUNS:-3}
+only=${ONLY:-.}
 # Debian's ImageMagick 6; /usr/local may hold other programs of that name.
 magick=$(command -v /usr/bin/convert || command -v convert)
 mkdir -p "$work"
@@ -55,6 +57,7 @@ echo "|---|---|---:|---:|---:|"
 for format in png jpg; do
   for job in "${jobs[@]}"; do
     IFS='|' read -r command options theirs <<<"$job"
+    [[ "$command $options" =~ $only ]] || continue
     # shellcheck disable=SC2086
     ours=$(seconds "$pixturn" "$command" "photo.$format" $options -o "out.$format")
     # shellcheck disable=SC2086
@@ -63,6 +66,7 @@ for format in png jpg; do
     echo "| \`$command${options:+ $options}\` | $format | $ours | $imagemagick | $ratio |"
   done
   # The estimate reads only the size: against ImageMagick reading the size.
+  [[ memory =~ $only ]] || continue
   ours=$(seconds "$pixturn" memory "photo.$format" --angle 30)
   imagemagick=$(seconds identify -ping -format '%w %h' "photo.$format")
   ratio=$(awk -v a="$ours" -v b="$imagemagick" 'BEGIN { printf "%.2f", a / b }')

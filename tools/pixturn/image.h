@@ -59,6 +59,12 @@ inline void ReserveForDecoding(Image& image) {
     image.rgba.reserve(std::min(image.RowBytes() * static_cast<size_t>(image.height), kMostAhead));
 }
 
+// How an input file is read.
+struct ReadSettings {
+    bool autoOrient = true;  // apply a JPEG's EXIF Orientation
+    bool sizeOnly = false;   // read the header alone: the size as shown, no pixels
+};
+
 // How a file stores an image: a picture in colour with alpha, or a mask, which
 // the host keeps as a grey picture (black opaque, white transparent).
 enum class ImageRole { Picture, Mask };

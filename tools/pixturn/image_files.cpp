@@ -31,10 +31,6 @@ std::string LowerCaseExtension(const std::string& path) {
     return extension;
 }
 
-}  // namespace
-
-namespace {
-
 // Standard input is read whole first: the decoders rewind to the start after
 // looking at the signature, which a pipe cannot do.
 std::string ReadStandardInput() {
@@ -67,8 +63,8 @@ Image ReadImageFile(const std::string& path, const ReadSettings& settings) {
     if (file && std::ferror(file.get())) throw RunError(name + ": cannot read: " + std::strerror(errno));
     if (count == 0) throw RunError(name + ": empty file, not a PNG or JPEG image");
     std::rewind(file.get());
-    if (HasPngSignature(signature, count)) return ReadPng(file.get(), name);
-    if (HasJpegSignature(signature, count)) return ReadJpeg(file.get(), name, settings.autoOrient);
+    if (HasPngSignature(signature, count)) return ReadPng(file.get(), name, settings);
+    if (HasJpegSignature(signature, count)) return ReadJpeg(file.get(), name, settings);
     throw RunError(name + ": not a PNG or JPEG file");
 }
 

@@ -16,10 +16,6 @@ enum class FileFormat { Png, Jpeg };
 // "-" names standard input or standard output, as in most image tools.
 constexpr const char* kStandardStream = "-";
 
-struct ReadSettings {
-    bool autoOrient = true;  // apply a JPEG's EXIF Orientation
-};
-
 struct EncodeSettings {
     std::optional<FileFormat> format;  // none: by the output's extension
     std::optional<int> pngLevel;  // none: fast (PNG writing explains)

@@ -9,6 +9,7 @@
 #include <jpeglib.h>
 
 #include <csetjmp>
+#include <utility>
 #include <vector>
 
 #include "tools/pixturn/exif_orientation.h"
@@ -169,7 +170,7 @@ bool HasJpegSignature(const uint8_t* bytes, size_t count) {
     return count >= 3 && bytes[0] == 0xFF && bytes[1] == 0xD8 && bytes[2] == 0xFF;
 }
 
-Image ReadJpeg(FILE* file, const std::string& path, bool autoOrient) {
+Image ReadJpeg(FILE* file, const std::string& path, const ReadSettings& settings) {
     JpegReadState state;
     state.codec.err = InstallErrors(state.errors);
     if (!ReadHeader(state, file)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
@@ -183,9 +184,14 @@ Image ReadJpeg(FILE* file, const std::string& path, bool autoOrient) {
     }
     state.image.width = static_cast<int32_t>(width);
     state.image.height = static_cast<int32_t>(height);
+    if (settings.sizeOnly) {
+        // Orientations 5 to 8 exchange the sides.
+        if (settings.autoOrient && state.orientation >= 5) std::swap(state.image.width, state.image.height);
+        return std::move(state.image);
+    }
     if (!ReadPixels(state)) throw RunError(path + ": corrupt JPEG file: " + state.errors.message);
     if (state.codec.out_color_space == JCS_CMYK) CmykToRgba(state.image);
-    return autoOrient ? Oriented(std::move(state.image), state.orientation) : std::move(state.image);
+    return settings.autoOrient ? Oriented(std::move(state.image), state.orientation) : std::move(state.image);
 }
 
 void WriteJpeg(FILE* file, const Image& image, ImageRole role, const JpegSettings& settings, const std::string& path) {

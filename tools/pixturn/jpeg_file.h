@@ -17,9 +17,9 @@ bool HasJpegSignature(const uint8_t* bytes, size_t count);
 // path names the file in messages. Throws Failure for a corrupt file (damaged
 // entropy-coded data included, which libjpeg would otherwise only warn about) or
 // one over the host's size limit.
-// autoOrient: turn and mirror the pixels as the file's EXIF Orientation says, as
-// photo viewers show them.
-Image ReadJpeg(FILE* file, const std::string& path, bool autoOrient);
+// settings.autoOrient: turn and mirror the pixels as the file's EXIF Orientation
+// says, as photo viewers show them; settings.sizeOnly: read the header alone.
+Image ReadJpeg(FILE* file, const std::string& path, const ReadSettings& settings);
 
 struct JpegSettings {
     int quality = 92;              // libjpeg's quality scale, 1 to 100

@@ -1,7 +1,7 @@
-// `pixturn memory`: RotateMemoryQLM on a picture of a file's size, or of the
-// asked size. The estimate reads the receiver's Width and Height only, so the
-// host's picture holds no pixels: 32767 x 32767 is answered at once. The number
-// goes first on its own so that scripts can read it.
+// `pixturn memory`: RotateMemoryQLM on a picture of a file's size (read from its
+// header), or of the asked size. The estimate reads the receiver's Width and
+// Height only, so the host's picture holds no pixels: 32767 x 32767 is answered
+// at once. The number goes first on its own so that scripts can read it.
 #include <cinttypes>
 #include <cstdio>
 
@@ -23,7 +23,9 @@ int RunMemoryEstimate(const Command& command, const Invocation& invocation) {
         throw UsageError("--size: " + SizeText(size.width, size.height) + " is over the host's limit of " +
                          std::to_string(kMaxPictureSide) + " pixels a side");
     }
-    const Image input = fromFile ? ReadImageFile(invocation.operands.front(), invocation.reading) : Image();
+    ReadSettings header = invocation.reading;
+    header.sizeOnly = true;
+    const Image input = fromFile ? ReadImageFile(invocation.operands.front(), header) : Image();
 
     PluginHost host(SettingsFrom(invocation));
     HostPicture receiver = fromFile ? host.MakeSizedPicture(input.width, input.height)

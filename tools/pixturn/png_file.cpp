@@ -168,7 +168,7 @@ bool HasPngSignature(const uint8_t* bytes, size_t count) {
     return count >= 8 && png_sig_cmp(bytes, 0, 8) == 0;
 }
 
-Image ReadPng(FILE* file, const std::string& path) {
+Image ReadPng(FILE* file, const std::string& path, const ReadSettings& settings) {
     PngReadState state;
     state.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state.errors, OnPngError, OnPngWarning);
     if (state.png != nullptr) state.info = png_create_info_struct(state.png);
@@ -187,6 +187,7 @@ Image ReadPng(FILE* file, const std::string& path) {
     }
     state.image.width = static_cast<int32_t>(width);
     state.image.height = static_cast<int32_t>(height);
+    if (settings.sizeOnly) return std::move(state.image);
     if (!ReadPixels(state)) throw CorruptPng(path, state.errors);
     return std::move(state.image);
 }

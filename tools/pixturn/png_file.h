@@ -18,7 +18,8 @@ bool HasPngSignature(const uint8_t* bytes, size_t count);
 
 // path names the file in messages. Throws Failure for a corrupt file or one over
 // the host's size limit.
-Image ReadPng(FILE* file, const std::string& path);
+// With settings.sizeOnly, only the header is read.
+Image ReadPng(FILE* file, const std::string& path, const ReadSettings& settings);
 
 // level: zlib's compression level, 0 (none) to 9 (smallest); none: fast.
 void WritePng(FILE* file, const Image& image, ImageRole role, std::optional<int> level, const std::string& path);
