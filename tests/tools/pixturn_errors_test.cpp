@@ -112,8 +112,9 @@ std::string HeaderOnlyPng(uint32_t width, uint32_t height) {
 // The limit as the shell sets it, or nothing when it cannot apply.
 std::string LimitCommand(const BadInput& input) {
     if (input.limit == 'f') {
+        // The shell counts this limit in blocks of 512 bytes.
         const auto library = std::filesystem::file_size(simhost::DefaultPluginPath());
-        return "ulimit -f " + std::to_string(static_cast<long>(library / 1024) + input.limitValue);
+        return "ulimit -f " + std::to_string(static_cast<long>(library / 512) + input.limitValue * 2);
     }
     return input.limit == 'v' ? "ulimit -v " + std::to_string(input.limitValue) : "";
 }
