@@ -25,17 +25,6 @@ void DetectHostKind() {
         IsConsole = true;
 }
 
-uint32_t LoadLittleEndian32(const uint8_t* p) {
-    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
-}
-
-void StoreLittleEndian32(uint8_t* p, uint32_t w) {
-    p[0] = uint8_t(w);
-    p[1] = uint8_t(w >> 8);
-    p[2] = uint8_t(w >> 16);
-    p[3] = uint8_t(w >> 24);
-}
-
 }  // namespace
 
 PictureEditor::~PictureEditor() { ReleasePicture(); }
@@ -187,39 +176,21 @@ void PictureEditor::NextRow() { currentRow = RowAddress(cursorRow + 1); }
 Pixel PictureEditor::GetPixel(int32_t x, int32_t y) {
     const uint8_t* p = PixelAddress(x, y);
     switch (pixelFormat) {
-        case PixelFormatARGB32: {
-            const uint32_t w = LoadLittleEndian32(p);
-            return {int32_t(w >> 8 & 0xFF), int32_t(w >> 16 & 0xFF), int32_t(w >> 24), int32_t(w & 0xFF)};
-        }
-        case PixelFormatRGB24:
-            return {p[0], p[1], p[2], 255};
-        case PixelFormatHostBGRA: {
-            const uint32_t w = LoadLittleEndian32(p);
-            const int32_t v = int32_t(w >> 24 & 0x7F);
-            return {int32_t(w >> 16 & 0xFF), int32_t(w >> 8 & 0xFF), int32_t(w & 0xFF), v * 2 + (v & 1)};
-        }
-        default:
-            return {0, 0, 0, 0};
+        case PixelFormatARGB32: return PixelCodec<PixelFormatARGB32>::Read(p);
+        case PixelFormatRGB24: return PixelCodec<PixelFormatRGB24>::Read(p);
+        case PixelFormatHostBGRA: return PixelCodec<PixelFormatHostBGRA>::Read(p);
+        default: return {0, 0, 0, 0};
     }
 }
 
 void PictureEditor::SetPixel(int32_t x, int32_t y, int32_t r, int32_t g, int32_t b, int32_t a) {
     uint8_t* p = PixelAddress(x, y);
-    const uint32_t R = uint32_t(r) & 0xFF, G = uint32_t(g) & 0xFF, B = uint32_t(b) & 0xFF, A = uint32_t(a) & 0xFF;
+    const Pixel channels{r, g, b, a};
     switch (pixelFormat) {
-        case PixelFormatARGB32:
-            StoreLittleEndian32(p, A + (R << 8) + (G << 16) + (B << 24));
-            break;
-        case PixelFormatRGB24:
-            p[0] = uint8_t(R);
-            p[1] = uint8_t(G);
-            p[2] = uint8_t(B);
-            break;
-        case PixelFormatHostBGRA:
-            StoreLittleEndian32(p, B + (G << 8) + (R << 16) + ((A / 2) << 24));
-            break;
-        default:
-            break;
+        case PixelFormatARGB32: PixelCodec<PixelFormatARGB32>::Write(p, channels); break;
+        case PixelFormatRGB24: PixelCodec<PixelFormatRGB24>::Write(p, channels); break;
+        case PixelFormatHostBGRA: PixelCodec<PixelFormatHostBGRA>::Write(p, channels); break;
+        default: break;
     }
 }
 

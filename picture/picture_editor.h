@@ -8,29 +8,18 @@
 // host that keeps handing back unusual pictures cannot make it recurse.
 //
 // Row and pixel access costs one row-bound comparison and one format test and
-// makes no host call: the transforms call them per pixel. Their specialised loops
-// (transforms/pixel_moves.h, transforms/skew_loops.h) pick the format once per
-// pass and skip even the format test.
+// makes no host call: the plain transforms call them per pixel. The loops
+// specialised by format pair (transforms/pixel_moves.h, transforms/skew_loops.h)
+// pick the format once per pass and skip even the format test, with the same
+// codecs of pixel_formats.h.
 #pragma once
 
 #include <cstdint>
 
 #include "picture/host_picture.h"
+#include "picture/pixel_formats.h"
 #include "platform/macos/QuickDraw.h"
 #include "platform/xojo/rb_plugin.h"
-
-enum PixelFormat : int32_t {
-    PixelFormatNone = 0,
-    PixelFormatHostBGRA = 8,   // B, G, R, X; alpha in the low 7 bits of X
-    PixelFormatRGB24 = 12,     // R, G, B; reads as opaque
-    PixelFormatARGB32 = 13,    // A, R, G, B
-};
-
-// A pixel in transit: four channels of 0..255 (only the low 8 bits are stored).
-struct Pixel {
-    int32_t r, g, b, a;
-    friend bool operator==(const Pixel&, const Pixel&) = default;
-};
 
 class PictureEditor {
 public:

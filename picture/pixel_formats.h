@@ -1,8 +1,8 @@
-// One codec per pixel format, for loops specialised by format: a transform picks
-// its loop once per pass from the (source, destination) format pair and runs it
-// with no format test per pixel. PictureEditor::GetPixel and SetPixel stay the
-// readable definition of the formats; these codecs must agree with them bit for
-// bit, which the tests check.
+// The three pixel formats a bound picture can have, each defined once, as a codec
+// between its bytes in memory and the four channels of a pixel in transit.
+// PictureEditor::GetPixel and SetPixel pick the codec by the picture's format
+// for every pixel; loops specialised by format pick theirs once per pass from the
+// (source, destination) format pair and run with no format test per pixel.
 #pragma once
 
 #include <array>
@@ -12,7 +12,18 @@
 #include <type_traits>
 #include <utility>
 
-#include "picture/picture_editor.h"
+enum PixelFormat : int32_t {
+    PixelFormatNone = 0,
+    PixelFormatHostBGRA = 8,   // B, G, R, X; alpha in the low 7 bits of X
+    PixelFormatRGB24 = 12,     // R, G, B; reads as opaque
+    PixelFormatARGB32 = 13,    // A, R, G, B
+};
+
+// A pixel in transit: four channels of 0..255 (only the low 8 bits are stored).
+struct Pixel {
+    int32_t r, g, b, a;
+    friend bool operator==(const Pixel&, const Pixel&) = default;
+};
 
 template <int32_t Format>
 struct PixelCodec;
