@@ -12,6 +12,7 @@
 #include "picture/host_picture.h"
 #include "plugin/methods.h"
 #include "transforms/angle.h"
+#include "transforms/shear_geometry.h"
 
 namespace {
 
@@ -41,17 +42,14 @@ int64_t rbRotateMemory(REALpicture picture, double angle) {
     const int32_t w = quarters % 2 == 1 ? height : width;
     const int32_t h = quarters % 2 == 1 ? width : height;
 
-    const double rad = a * 3.141592653589793 / 180;
-    const double s = std::sin(rad);
-    const double t = std::tan(0.5 * rad);
-    const double c = std::cos(rad);
-
-    const int32_t w1 = WrappingAdd(TruncToInt32(std::fabs(t) * h), w);
+    // Upper bounds on purpose, from W1 and G: see shear_geometry.h.
+    const ShearFactors factors = ShearFactorsOf(a);
+    const int32_t w1 = FirstShearWidth(factors, w, h);
     const int64_t firstShear = Product(Product(h, w1), 4);
-    const int32_t g = WrappingAdd(TruncToInt32(h * c + std::fabs(s) * w1), 1);
+    const int32_t g = WrappingAdd(TruncatedHeight(factors, w1, h), 1);
     const int64_t secondShear = Product(Product(w1, g), 4);
-    const int32_t x = WrappingAdd(TruncToInt32(c * g + std::fabs(s) * w1), 1);
-    const int32_t y = TruncToInt32(c * w1 + std::fabs(s) * g);
+    const int32_t x = WrappingAdd(TruncatedHeight(factors, w1, g), 1);
+    const int32_t y = TruncatedWidth(factors, w1, g);
     const int64_t result = Product(Product(y, 4) + 4, x);
     return static_cast<int64_t>(static_cast<uint64_t>(base) + static_cast<uint64_t>(firstShear) +
                                 static_cast<uint64_t>(secondShear) + static_cast<uint64_t>(result));

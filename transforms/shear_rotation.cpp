@@ -14,11 +14,11 @@
 // s = sin rad, t = tan(rad / 2), c = cos rad, rows are sheared by t, columns by s,
 // rows by t again; together they move working pixel (x, y) to
 // (x c + y s, y c - x s) plus a constant shift per pass. W x H is the working
-// picture:
+// picture; shear_geometry.h gives the pass pictures' sizes:
 //
 //   pass   picture   width                     height
 //   1      P1        W1 = trunc(|t| H) + W     H
-//   2      P2        W1                        H2 = trunc(|s| W + H c) + 1
+//   2      P2        W1                        H2 = trunc(H c + W |s|) + 1
 //   3      result    trunc(W c + H |s|) + 1    trunc(H c + W |s|) + 1  (= H2)
 //
 // trunc rounds toward zero as the x86 conversion does: a size from NaN or out of
@@ -58,6 +58,7 @@
 #include "plugin/methods.h"
 #include "transforms/angle.h"
 #include "transforms/owned_picture.h"
+#include "transforms/shear_geometry.h"
 #include "transforms/skew_loops.h"
 
 namespace {
@@ -68,7 +69,7 @@ constexpr int32_t kMaxTruncatedSide = kMaxPictureSide - 1;
 struct Shear {
     int32_t width;   // W
     int32_t height;  // H
-    double s, t, c;
+    ShearFactors factors;
     Pixel background;
 };
 
@@ -93,15 +94,16 @@ OwnedPicture TakeWorkingPicture(REALpicture picture, double& a) {
 
 // Pass 1: the working picture's rows sheared by t into P1.
 OwnedPicture FirstShear(PictureReader& working, const Shear& shear) {
-    const int32_t w1 = WrappingAdd(TruncToInt32(std::fabs(shear.t) * shear.height), shear.width);
+    const int32_t w1 = FirstShearWidth(shear.factors, shear.width, shear.height);
     if (!IsValidPictureSize(w1, shear.height)) return OwnedPicture();
     PictureWriter writer;
     if (!BindNewPicture(writer, w1, shear.height)) return OwnedPicture();
     int32_t y = 0;
     ShearRows(working, writer, shear.height, shear.background, [&] {
-        const int32_t k = shear.t < 0 ? y - shear.height : y;
+        const double t = shear.factors.t;
+        const int32_t k = t < 0 ? y - shear.height : y;
         ++y;
-        return (k + 0.5) * shear.t;
+        return (k + 0.5) * t;
     });
     return OwnedPicture(writer.RenderPictureWriter());
 }
@@ -113,12 +115,13 @@ OwnedPicture SecondShear(OwnedPicture p1, const Shear& shear) {
     if (!reader.GetPictureEditor(p1.Get(), true, false)) return OwnedPicture();
     const int32_t w1 = reader.width;
     if (w1 <= 0) return OwnedPicture();
-    const int32_t h = TruncToInt32(std::fabs(shear.s) * shear.width + shear.height * shear.c);
+    const int32_t h = TruncatedHeight(shear.factors, shear.width, shear.height);
     if (h < 0 || h > kMaxTruncatedSide) return OwnedPicture();
     PictureWriter writer;
     if (!BindNewPicture(writer, w1, h + 1)) return OwnedPicture();
-    double skew = shear.s > 0 ? (shear.width - 1) * shear.s : -((shear.width - w1) * shear.s);
-    ShearColumns(reader, writer, w1, shear.background, [&] { return std::exchange(skew, skew - shear.s); });
+    const double s = shear.factors.s;
+    double skew = s > 0 ? (shear.width - 1) * s : -((shear.width - w1) * s);
+    ShearColumns(reader, writer, w1, shear.background, [&] { return std::exchange(skew, skew - s); });
     return OwnedPicture(writer.RenderPictureWriter());
 }
 
@@ -126,14 +129,14 @@ OwnedPicture SecondShear(OwnedPicture p1, const Shear& shear) {
 OwnedPicture ThirdShear(OwnedPicture p2, const Shear& shear) {
     PictureReader reader;
     if (!reader.GetPictureEditor(p2.Get(), true, false)) return OwnedPicture();
-    const int32_t hf = TruncToInt32(shear.height * shear.c + shear.width * std::fabs(shear.s));
-    const int32_t wf = TruncToInt32(shear.width * shear.c + shear.height * std::fabs(shear.s));
+    const int32_t hf = TruncatedHeight(shear.factors, shear.width, shear.height);
+    const int32_t wf = TruncatedWidth(shear.factors, shear.width, shear.height);
     if (hf < 0 || hf > kMaxTruncatedSide || wf < 0 || wf > kMaxTruncatedSide) return OwnedPicture();
     PictureWriter writer;
     if (!BindNewPicture(writer, wf + 1, hf + 1)) return OwnedPicture();
-    double skew = shear.s >= 0 ? -((shear.width - 1) * shear.s * shear.t)
-                               : (-hf - (shear.width - 1) * shear.s) * shear.t;
-    ShearRows(reader, writer, hf + 1, shear.background, [&] { return std::exchange(skew, skew + shear.t); });
+    const double s = shear.factors.s, t = shear.factors.t;
+    double skew = s >= 0 ? -((shear.width - 1) * s * t) : (-hf - (shear.width - 1) * s) * t;
+    ShearRows(reader, writer, hf + 1, shear.background, [&] { return std::exchange(skew, skew + t); });
     return OwnedPicture(writer.RenderPictureWriter());
 }
 
@@ -154,9 +157,7 @@ REALpicture rbRotate(REALpicture picture, double angle, uint32_t background) {
     PictureReader reader;
     if (!reader.GetPictureEditor(working.Get(), true, false)) return nullptr;
 
-    const double rad = a * 3.141592653589793 / 180;
-    const Shear shear{reader.width, reader.height, std::sin(rad), std::tan(0.5 * rad), std::cos(rad),
-                      BackgroundChannels(background)};
+    const Shear shear{reader.width, reader.height, ShearFactorsOf(a), BackgroundChannels(background)};
     OwnedPicture p1 = FirstShear(reader, shear);
     if (!p1) return nullptr;
     OwnedPicture p2 = SecondShear(std::move(p1), shear);
