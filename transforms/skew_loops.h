@@ -15,18 +15,25 @@
 //   destination row is visited once per block and written in address order.
 //   The source's rows are found once per pass with RowAddress (host bitmaps
 //   keep their rows wherever their row table says) and kept in a table.
-#pragma once
+// - Where source and destination share a format of 4-byte pixels (every pass
+//   picture has the host's format), lines whose weight PlanBlend marks exact
+//   blend four pixels at a time in integer lanes (exact_blend.h has the proof);
+//   the first and the trailing pixel of a line, and every other line, take the
+//   doubles.
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <type_traits>
 
 #include <emmintrin.h>
 
 #include "picture/picture_editor.h"
 #include "picture/pixel_formats.h"
+#include "transforms/exact_blend.h"
 #include "transforms/skews.h"
 
 namespace skew_loops {
@@ -60,6 +67,50 @@ inline Pixel Blended(const Pixel& p, const Products& own, const Products& left) 
     return {channels[0], channels[1], channels[2], channels[3]};
 }
 
+// Four pixels of one 4-byte format as sixteen channel bytes for BlendPixels and
+// back. A host bitmap's alpha byte holds v in its low 7 bits and reads as
+// 2 v + (v & 1); it is written back halved, its top bit clear.
+template <typename Codec>
+struct RawLanes;
+
+template <>
+struct RawLanes<PixelCodec<PixelFormatARGB32>> {
+    static __m128i Read(__m128i stored) { return stored; }
+    static __m128i Write(__m128i channels) { return channels; }
+};
+
+template <>
+struct RawLanes<PixelCodec<PixelFormatHostBGRA>> {
+    static __m128i Read(__m128i stored) {
+        const __m128i alpha = _mm_and_si128(stored, _mm_set1_epi32(0x7F000000));
+        const __m128i widened = _mm_or_si128(_mm_add_epi8(alpha, alpha), _mm_and_si128(alpha, _mm_set1_epi32(0x01000000)));
+        return _mm_or_si128(_mm_and_si128(stored, _mm_set1_epi32(0x00FFFFFF)), widened);
+    }
+    static __m128i Write(__m128i channels) {
+        const __m128i halved = _mm_and_si128(_mm_srli_epi32(channels, 1), _mm_set1_epi32(0x7F000000));
+        return _mm_or_si128(_mm_and_si128(channels, _mm_set1_epi32(0x00FFFFFF)), halved);
+    }
+};
+
+template <typename Source, typename Destination>
+constexpr bool kBlendsInIntegers =
+    std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4 && !std::is_same_v<Source, PixelCodec<PixelFormatRGB24>>;
+
+inline __m128i Load4(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline void Store4(uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+
+// Destination pixels [begin, end) of a row set to the background.
+template <typename Destination>
+void FillBackground(uint8_t* to, int32_t begin, int32_t end, const Pixel& background) {
+    if constexpr (Destination::kBytesPerPixel == 4) {
+        uint8_t stored[4];
+        Destination::Write(stored, background);
+        for (int32_t d = begin; d < end; ++d) std::memcpy(PixelIn<Destination>(to, d), stored, 4);
+    } else {
+        for (int32_t d = begin; d < end; ++d) Destination::Write(PixelIn<Destination>(to, d), background);
+    }
+}
+
 template <typename Source, typename Destination>
 void ShearRow(uint8_t* from, int32_t fromWidth, uint8_t* to, int32_t toWidth, SkewStep step,
               const Pixel& background) {
@@ -69,17 +120,34 @@ void ShearRow(uint8_t* from, int32_t fromWidth, uint8_t* to, int32_t toWidth, Sk
     // trailing blend; the rest is background.
     const int32_t spanBegin = std::clamp(offset, 0, toWidth);
     const int32_t spanEnd = std::clamp(trailing + 1, spanBegin, toWidth);
-    for (int32_t d = 0; d < spanBegin; ++d) Destination::Write(PixelIn<Destination>(to, d), background);
-    for (int32_t d = spanEnd; d < toWidth; ++d) Destination::Write(PixelIn<Destination>(to, d), background);
+    FillBackground<Destination>(to, 0, spanBegin, background);
+    FillBackground<Destination>(to, spanEnd, toWidth, background);
 
     // Source pixels [first, last) land inside the row.
     const int32_t first = std::min(std::max(-offset, 0), fromWidth);
     const int32_t last = std::clamp(toWidth - offset, first, fromWidth);
     const __m128d weight = _mm_set1_pd(step.weight);
     const Products backgroundProducts = Weighted(background, weight);
-    Products left =
-        first == 0 ? backgroundProducts : Weighted(Source::Read(PixelIn<Source>(from, first - 1)), weight);
-    for (int32_t x = first; x < last; ++x) {
+    int32_t x = first;
+    if constexpr (kBlendsInIntegers<Source, Destination>) {
+        const BlendPlan plan = PlanBlend(step.weight);
+        if (plan.exact) {
+            // The first pixel blends after the background, below.
+            if (x == 0 && x < last) {
+                const Pixel p = Source::Read(PixelIn<Source>(from, 0));
+                Destination::Write(PixelIn<Destination>(to, offset), Blended(p, Weighted(p, weight), backgroundProducts));
+                ++x;
+            }
+            const BlendLanes lanes = LanesOf(plan);
+            for (; x + 4 <= last; x += 4) {
+                const __m128i p = RawLanes<Source>::Read(Load4(PixelIn<Source>(from, x)));
+                const __m128i q = RawLanes<Source>::Read(Load4(PixelIn<Source>(from, x - 1)));
+                Store4(PixelIn<Destination>(to, x + offset), RawLanes<Destination>::Write(BlendPixels(p, q, lanes)));
+            }
+        }
+    }
+    Products left = x == 0 ? backgroundProducts : Weighted(Source::Read(PixelIn<Source>(from, x - 1)), weight);
+    for (; x < last; ++x) {
         const Pixel p = Source::Read(PixelIn<Source>(from, x));
         const Products own = Weighted(p, weight);
         Destination::Write(PixelIn<Destination>(to, x + offset), Blended(p, own, left));
@@ -97,42 +165,104 @@ constexpr int32_t kBlockColumns = 128;
 struct ColumnState {
     int32_t offset;
     __m128d weight;
-    Products left;
+    Products left;  // the products of source row leftRow, or the background's (leftRow -1)
+    int32_t leftRow;
 };
+
+// Four neighbouring columns that blend in integer lanes whenever all four have
+// a source pixel and the one above it.
+struct ColumnQuad {
+    bool exact;
+    int32_t lowestOffset, highestOffset;
+    BlendLanes lanes;
+};
+
+constexpr int32_t kQuads = kBlockColumns / 4;
+
+// Destination pixel (x, y) of one column by the doubles. The products of the
+// pixel above are carried from row to row, and taken afresh where the integer
+// lanes went between.
+template <typename Source, typename Destination>
+void ShearColumnPixel(uint8_t* const* sourceRows, int32_t sourceHeight, int32_t y, int32_t x, ColumnState& column,
+                      const Pixel& background, uint8_t* to) {
+    uint8_t* pixel = PixelIn<Destination>(to, x);
+    const int32_t sourceRow = y - column.offset;
+    if (sourceRow < 0 || sourceRow > sourceHeight) {
+        Destination::Write(pixel, background);
+        return;
+    }
+    if (column.leftRow != sourceRow - 1) {
+        column.leftRow = sourceRow - 1;
+        column.left = sourceRow == 0 ? Weighted(background, column.weight)
+                                     : Weighted(Source::Read(PixelIn<Source>(sourceRows[sourceRow - 1], x)), column.weight);
+    }
+    if (sourceRow < sourceHeight) {
+        const Pixel p = Source::Read(PixelIn<Source>(sourceRows[sourceRow], x));
+        const Products own = Weighted(p, column.weight);
+        Destination::Write(pixel, Blended(p, own, column.left));
+        column.left = own;
+        column.leftRow = sourceRow;
+    } else {
+        Destination::Write(pixel, Blended(background, Weighted(background, column.weight), column.left));
+    }
+}
+
+template <typename Source, typename Destination>
+void BlendColumnQuad(uint8_t* const* sourceRows, int32_t y, int32_t x, const ColumnState* columns,
+                     const BlendLanes& lanes, uint8_t* to) {
+    auto gather = [&](int32_t above) {
+        auto at = [&](int32_t k) {
+            int32_t stored;
+            std::memcpy(&stored, PixelIn<Source>(sourceRows[y - columns[k].offset - above], x + k), 4);
+            return _mm_cvtsi32_si128(stored);
+        };
+        return RawLanes<Source>::Read(
+            _mm_unpacklo_epi64(_mm_unpacklo_epi32(at(0), at(1)), _mm_unpacklo_epi32(at(2), at(3))));
+    };
+    Store4(PixelIn<Destination>(to, x), RawLanes<Destination>::Write(BlendPixels(gather(0), gather(1), lanes)));
+}
 
 template <typename Source, typename Destination, typename NextSkew>
 void ShearColumnBlock(uint8_t* const* sourceRows, int32_t sourceHeight, PictureWriter& destination,
                       int32_t firstColumn, int32_t count, const Pixel& background, NextSkew& nextSkew) {
     ColumnState columns[kBlockColumns];
+    BlendPlan plans[kBlockColumns];
     for (int32_t k = 0; k < count; ++k) {
         const SkewStep step = SplitSkew(nextSkew());
-        ColumnState& column = columns[k];
         const __m128d weight = _mm_set1_pd(step.weight);
-        column = {step.offset, weight, Weighted(background, weight)};
-        // A column shifted up starts inside the source; its first blend needs
-        // the products of the source pixel just above.
-        const int32_t above = -step.offset - 1;
-        if (above >= 0 && above < sourceHeight)
-            column.left = Weighted(Source::Read(PixelIn<Source>(sourceRows[above], firstColumn + k)), weight);
+        columns[k] = {step.offset, weight, Weighted(background, weight), -1};
+        if constexpr (kBlendsInIntegers<Source, Destination>) plans[k] = PlanBlend(step.weight);
+    }
+    ColumnQuad quads[kQuads];
+    const int32_t fullQuads = kBlendsInIntegers<Source, Destination> ? count / 4 : 0;
+    for (int32_t q = 0; q < fullQuads; ++q) {
+        const BlendPlan* plan = &plans[4 * q];
+        const ColumnState* quad = &columns[4 * q];
+        quads[q] = {plan[0].exact && plan[1].exact && plan[2].exact && plan[3].exact,
+                    std::min({quad[0].offset, quad[1].offset, quad[2].offset, quad[3].offset}),
+                    std::max({quad[0].offset, quad[1].offset, quad[2].offset, quad[3].offset}),
+                    LanesOf(plan[0], plan[1], plan[2], plan[3])};
     }
     for (int32_t y = 0; y < destination.height; ++y) {
         uint8_t* to = destination.RowAddress(y);
-        for (int32_t k = 0; k < count; ++k) {
-            ColumnState& column = columns[k];
-            const int32_t x = firstColumn + k;
-            uint8_t* pixel = PixelIn<Destination>(to, x);
-            const int32_t sourceRow = y - column.offset;
-            if (sourceRow >= 0 && sourceRow < sourceHeight) {
-                const Pixel p = Source::Read(PixelIn<Source>(sourceRows[sourceRow], x));
-                const Products own = Weighted(p, column.weight);
-                Destination::Write(pixel, Blended(p, own, column.left));
-                column.left = own;
-            } else if (sourceRow == sourceHeight) {
-                Destination::Write(pixel, Blended(background, Weighted(background, column.weight), column.left));
-            } else {
-                Destination::Write(pixel, background);
+        int32_t k = 0;
+        if constexpr (kBlendsInIntegers<Source, Destination>) {
+            for (int32_t q = 0; q < fullQuads; ++q) {
+                // Every source row y - offset, and the one above it, in the source.
+                const ColumnQuad& quad = quads[q];
+                if (quad.exact && y - quad.highestOffset >= 1 && y - quad.lowestOffset < sourceHeight)
+                    BlendColumnQuad<Source, Destination>(sourceRows, y, firstColumn + 4 * q, &columns[4 * q],
+                                                         quad.lanes, to);
+                else
+                    for (int32_t i = 4 * q; i < 4 * q + 4; ++i)
+                        ShearColumnPixel<Source, Destination>(sourceRows, sourceHeight, y, firstColumn + i, columns[i],
+                                                              background, to);
             }
+            k = 4 * fullQuads;
         }
+        for (; k < count; ++k)
+            ShearColumnPixel<Source, Destination>(sourceRows, sourceHeight, y, firstColumn + k, columns[k], background,
+                                                  to);
     }
 }
 

@@ -1,9 +1,12 @@
 // The specialised shears against HorizSkew and VertSkew, byte for byte, over every
 // pair of pixel formats: random bytes (the unused top bit of a host bitmap's
 // alpha byte included), skews with offsets far outside the line on both sides,
-// weights of 0 and exactly 1 (-1e-17 splits into -1 and 1.0).
+// weights of 0 and exactly 1 (-1e-17 splits into -1 and 1.0). And the integer
+// blend against the double arithmetic it replaces, over every (P, Q) pair.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
 #include <random>
 #include <string>
 #include <tuple>
@@ -11,10 +14,83 @@
 
 #include "picture/picture_editor.h"
 #include "tests/unit/memory_picture.h"
+#include "transforms/exact_blend.h"
+#include "transforms/shear_geometry.h"
 #include "transforms/skew_loops.h"
 #include "transforms/skews.h"
 
 namespace {
+
+// Under a sanitizer or the 32-bit emulator every weight costs tens of times more;
+// the adversarial weights stay, the random and rotation ones thin out.
+#if defined(__SANITIZE_ADDRESS__) || !defined(__x86_64__)
+constexpr int kThinning = 16;
+#else
+constexpr int kThinning = 1;
+#endif
+
+// Exact halves and k/n with their neighbours a few ulps away, 0, 1 and just
+// below, subnormal and tiny weights around the 2^-11 bound, the weights real
+// rotations give their lines, and random ones.
+std::vector<double> BlendWeights() {
+    std::vector<double> weights{0.0, 1.0, 1.0 - 0x1p-53, 0x1p-1074, 0x1p-1022, 1e-300, 1e-13, 0x1p-11};
+    auto withNeighbours = [&](double w) {
+        double below = w, above = w;
+        weights.push_back(w);
+        for (int ulp = 0; ulp < 3; ++ulp) {
+            below = std::nextafter(below, 0.0);
+            above = std::nextafter(above, 1.0);
+            weights.push_back(below);
+            weights.push_back(above);
+        }
+    };
+    for (int n = 2; n <= 40; ++n)
+        for (int k = 1; k < n; ++k) withNeighbours(static_cast<double>(k) / n);
+    withNeighbours(0x1p-11);
+    withNeighbours(0.5 - 1e-13);
+    auto fraction = [](double skew) { return skew - std::floor(skew); };
+    for (double angle : {30.0, 45.0, -30.0, 1e-10}) {
+        const ShearFactors f = ShearFactorsOf(angle);
+        double column = 3999 * f.s, row = -(3999 * f.s * f.t);
+        for (int line = 0; line < 600 / kThinning; ++line) {
+            weights.push_back(fraction((line + 0.5) * f.t));
+            weights.push_back(fraction(column));
+            weights.push_back(fraction(row));
+            column -= f.s;
+            row += f.t;
+        }
+    }
+    std::mt19937_64 random(11);
+    std::uniform_real_distribution<double> uniform(0.0, 1.0);
+    for (int i = 0; i < 1000 / kThinning; ++i) weights.push_back(uniform(random));
+    return weights;
+}
+
+TEST(ExactBlendTest, EveryPairBlendsAsTheDoublesOnLinesPlannedExact) {
+    int exactLines = 0;
+    const std::vector<double> weights = BlendWeights();
+    for (const double w : weights) {
+        const BlendPlan plan = PlanBlend(w);
+        if (!plan.exact) continue;
+        ++exactLines;
+        const BlendLanes lanes = LanesOf(plan);
+        for (int p = 0; p < 256; ++p)
+            for (int q0 = 0; q0 < 256; q0 += 16) {
+                alignas(16) uint8_t qs[16], blended[16];
+                for (int i = 0; i < 16; ++i) qs[i] = static_cast<uint8_t>(q0 + i);
+                _mm_store_si128(reinterpret_cast<__m128i*>(blended),
+                                BlendPixels(_mm_set1_epi8(static_cast<char>(p)),
+                                            _mm_load_si128(reinterpret_cast<const __m128i*>(qs)), lanes));
+                for (int i = 0; i < 16; ++i) {
+                    const int q = q0 + i;
+                    const int definition = p - static_cast<int>(p * w - q * w);
+                    ASSERT_EQ(blended[i], definition) << "P " << p << ", Q " << q << ", w " << w;
+                }
+            }
+    }
+    // Most lines must take the integers, or the planner has lost its point.
+    EXPECT_GT(exactLines, static_cast<int>(weights.size()) / 2);
+}
 
 class SkewLoopsTest : public ::testing::TestWithParam<std::tuple<int32_t, int32_t>> {};
 
