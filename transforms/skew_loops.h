@@ -97,7 +97,62 @@ constexpr bool kBlendsInIntegers =
     std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4 && !std::is_same_v<Source, PixelCodec<PixelFormatRGB24>>;
 
 inline __m128i Load4(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+
 inline void Store4(uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+
+// The definition's pixel at position j of a line extended by the background
+// on both sides, blended after the one at j - 1: beyond the trailing pixel and
+// before the first, background after background is the background again.
+template <typename Source, typename ReadAt>
+Pixel ExtendedLinePixel(int32_t j, int32_t length, __m128d weight, const Pixel& background, ReadAt readAt) {
+    const Pixel p = j >= 0 && j < length ? Source::Read(readAt(j)) : background;
+    const Pixel q = j >= 1 && j <= length ? Source::Read(readAt(j - 1)) : background;
+    return Blended(p, Weighted(p, weight), Weighted(q, weight));
+}
+
+// Four destination pixels, from extended positions j .. j + 3, by the doubles.
+template <typename Codec, typename ReadAt>
+__m128i FourPixelsByDoubles(int32_t j, int32_t length, __m128d weight, const Pixel& background, ReadAt readAt) {
+    alignas(16) uint8_t stored[16];
+    for (int32_t i = 0; i < 4; ++i)
+        Codec::Write(stored + 4 * i, ExtendedLinePixel<Codec>(j + i, length, weight, background, readAt));
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(stored));
+}
+
+// One row whose weight blends exactly in integers, in destination order, four
+// pixels at a time: every destination pixel d is the extended source pixel
+// d - offset blended after its predecessor.
+template <typename Codec>
+void ShearRowInIntegers(const uint8_t* from, int32_t fromWidth, uint8_t* to, int32_t toWidth, SkewStep step,
+                        const BlendPlan& plan, const Pixel& background) {
+    const int32_t offset = step.offset;
+    const __m128d weight = _mm_set1_pd(step.weight);
+    const auto readAt = [from](int32_t j) { return PixelIn<Codec>(const_cast<uint8_t*>(from), j); };
+    const auto single = [&](int32_t d) {
+        Codec::Write(PixelIn<Codec>(to, d), ExtendedLinePixel<Codec>(d - offset, fromWidth, weight, background, readAt));
+    };
+    uint8_t storedBackground[4];
+    Codec::Write(storedBackground, background);
+    int32_t backgroundWord;
+    std::memcpy(&backgroundWord, storedBackground, 4);
+    const __m128i backgroundVector = _mm_set1_epi32(backgroundWord);
+    const BlendLanes lanes = LanesOf(plan);
+
+    int32_t d = 0;
+    for (; d + 4 <= toWidth; d += 4) {
+        const int32_t j = d - offset;
+        __m128i pixels;
+        if (j >= 1 && j + 4 <= fromWidth)
+            pixels = RawLanes<Codec>::Write(BlendPixels(RawLanes<Codec>::Read(Load4(readAt(j))),
+                                                        RawLanes<Codec>::Read(Load4(readAt(j - 1))), lanes));
+        else if (j + 3 < 0 || j > fromWidth)
+            pixels = backgroundVector;
+        else
+            pixels = FourPixelsByDoubles<Codec>(j, fromWidth, weight, background, readAt);
+        Store4(PixelIn<Codec>(to, d), pixels);
+    }
+    for (; d < toWidth; ++d) single(d);
+}
 
 // Destination pixels [begin, end) of a row set to the background.
 template <typename Destination>
@@ -128,26 +183,9 @@ void ShearRow(uint8_t* from, int32_t fromWidth, uint8_t* to, int32_t toWidth, Sk
     const int32_t last = std::clamp(toWidth - offset, first, fromWidth);
     const __m128d weight = _mm_set1_pd(step.weight);
     const Products backgroundProducts = Weighted(background, weight);
-    int32_t x = first;
-    if constexpr (kBlendsInIntegers<Source, Destination>) {
-        const BlendPlan plan = PlanBlend(step.weight);
-        if (plan.exact) {
-            // The first pixel blends after the background, below.
-            if (x == 0 && x < last) {
-                const Pixel p = Source::Read(PixelIn<Source>(from, 0));
-                Destination::Write(PixelIn<Destination>(to, offset), Blended(p, Weighted(p, weight), backgroundProducts));
-                ++x;
-            }
-            const BlendLanes lanes = LanesOf(plan);
-            for (; x + 4 <= last; x += 4) {
-                const __m128i p = RawLanes<Source>::Read(Load4(PixelIn<Source>(from, x)));
-                const __m128i q = RawLanes<Source>::Read(Load4(PixelIn<Source>(from, x - 1)));
-                Store4(PixelIn<Destination>(to, x + offset), RawLanes<Destination>::Write(BlendPixels(p, q, lanes)));
-            }
-        }
-    }
-    Products left = x == 0 ? backgroundProducts : Weighted(Source::Read(PixelIn<Source>(from, x - 1)), weight);
-    for (; x < last; ++x) {
+    Products left =
+        first == 0 ? backgroundProducts : Weighted(Source::Read(PixelIn<Source>(from, first - 1)), weight);
+    for (int32_t x = first; x < last; ++x) {
         const Pixel p = Source::Read(PixelIn<Source>(from, x));
         const Products own = Weighted(p, weight);
         Destination::Write(PixelIn<Destination>(to, x + offset), Blended(p, own, left));
@@ -165,62 +203,73 @@ constexpr int32_t kBlockColumns = 128;
 struct ColumnState {
     int32_t offset;
     __m128d weight;
-    Products left;  // the products of source row leftRow, or the background's (leftRow -1)
-    int32_t leftRow;
+    Products left;
 };
 
-// Four neighbouring columns that blend in integer lanes whenever all four have
-// a source pixel and the one above it.
-struct ColumnQuad {
-    bool exact;
-    int32_t lowestOffset, highestOffset;
-    BlendLanes lanes;
-};
-
-constexpr int32_t kQuads = kBlockColumns / 4;
-
-// Destination pixel (x, y) of one column by the doubles. The products of the
-// pixel above are carried from row to row, and taken afresh where the integer
-// lanes went between.
+// Destination pixel (x, y) of one column by the doubles, the products of the
+// source pixel above carried from row to row.
 template <typename Source, typename Destination>
 void ShearColumnPixel(uint8_t* const* sourceRows, int32_t sourceHeight, int32_t y, int32_t x, ColumnState& column,
                       const Pixel& background, uint8_t* to) {
     uint8_t* pixel = PixelIn<Destination>(to, x);
     const int32_t sourceRow = y - column.offset;
-    if (sourceRow < 0 || sourceRow > sourceHeight) {
-        Destination::Write(pixel, background);
-        return;
-    }
-    if (column.leftRow != sourceRow - 1) {
-        column.leftRow = sourceRow - 1;
-        column.left = sourceRow == 0 ? Weighted(background, column.weight)
-                                     : Weighted(Source::Read(PixelIn<Source>(sourceRows[sourceRow - 1], x)), column.weight);
-    }
-    if (sourceRow < sourceHeight) {
+    if (sourceRow >= 0 && sourceRow < sourceHeight) {
         const Pixel p = Source::Read(PixelIn<Source>(sourceRows[sourceRow], x));
         const Products own = Weighted(p, column.weight);
         Destination::Write(pixel, Blended(p, own, column.left));
         column.left = own;
-        column.leftRow = sourceRow;
-    } else {
+    } else if (sourceRow == sourceHeight) {
         Destination::Write(pixel, Blended(background, Weighted(background, column.weight), column.left));
+    } else {
+        Destination::Write(pixel, background);
     }
 }
 
-template <typename Source, typename Destination>
-void BlendColumnQuad(uint8_t* const* sourceRows, int32_t y, int32_t x, const ColumnState* columns,
-                     const BlendLanes& lanes, uint8_t* to) {
-    auto gather = [&](int32_t above) {
+// Four neighbouring columns of one format of 4-byte pixels. Each destination
+// row takes them as one vector: blended in integer lanes where all four weights
+// are exact and all four have a source pixel and the one above it, the
+// background where none has a pixel to blend, else pixel by pixel by the
+// doubles. The vector blended for the row above is the pixels above.
+struct ColumnQuad {
+    bool exact;
+    int32_t lowestOffset, highestOffset;
+    BlendLanes lanes;
+    __m128i above;
+    int32_t aboveRow;  // the destination row whose blend `above` holds
+};
+
+template <typename Codec>
+__m128i ShearColumnQuad(uint8_t* const* sourceRows, int32_t sourceHeight, int32_t y, int32_t x,
+                        const ColumnState* columns, ColumnQuad& quad, const Pixel& background,
+                        __m128i backgroundVector) {
+    auto gather = [&](int32_t up) {
         auto at = [&](int32_t k) {
             int32_t stored;
-            std::memcpy(&stored, PixelIn<Source>(sourceRows[y - columns[k].offset - above], x + k), 4);
+            std::memcpy(&stored, PixelIn<Codec>(sourceRows[y - columns[k].offset - up], x + k), 4);
             return _mm_cvtsi32_si128(stored);
         };
-        return RawLanes<Source>::Read(
+        return RawLanes<Codec>::Read(
             _mm_unpacklo_epi64(_mm_unpacklo_epi32(at(0), at(1)), _mm_unpacklo_epi32(at(2), at(3))));
     };
-    Store4(PixelIn<Destination>(to, x), RawLanes<Destination>::Write(BlendPixels(gather(0), gather(1), lanes)));
+    if (quad.exact && y - quad.highestOffset >= 1 && y - quad.lowestOffset < sourceHeight) {
+        const __m128i p = gather(0);
+        const __m128i q = quad.aboveRow == y - 1 ? quad.above : gather(1);
+        quad.above = p;
+        quad.aboveRow = y;
+        return RawLanes<Codec>::Write(BlendPixels(p, q, quad.lanes));
+    }
+    if (y - quad.lowestOffset < 0 || y - quad.highestOffset > sourceHeight) return backgroundVector;
+    alignas(16) uint8_t stored[16];
+    for (int32_t k = 0; k < 4; ++k)
+        Codec::Write(stored + 4 * k,
+                     ExtendedLinePixel<Codec>(y - columns[k].offset, sourceHeight, columns[k].weight, background,
+                                              [&](int32_t j) { return PixelIn<Codec>(sourceRows[j], x + k); }));
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(stored));
 }
+
+constexpr int32_t kQuads = kBlockColumns / 4;
+constexpr int32_t kPixelsPerLine = 16;
+constexpr int32_t kRowsAhead = 8;
 
 template <typename Source, typename Destination, typename NextSkew>
 void ShearColumnBlock(uint8_t* const* sourceRows, int32_t sourceHeight, PictureWriter& destination,
@@ -229,38 +278,67 @@ void ShearColumnBlock(uint8_t* const* sourceRows, int32_t sourceHeight, PictureW
     BlendPlan plans[kBlockColumns];
     for (int32_t k = 0; k < count; ++k) {
         const SkewStep step = SplitSkew(nextSkew());
+        ColumnState& column = columns[k];
         const __m128d weight = _mm_set1_pd(step.weight);
-        columns[k] = {step.offset, weight, Weighted(background, weight), -1};
+        column = {step.offset, weight, Weighted(background, weight)};
+        // A column shifted up starts inside the source; its first blend needs
+        // the products of the source pixel just above.
+        const int32_t above = -step.offset - 1;
+        if (above >= 0 && above < sourceHeight)
+            column.left = Weighted(Source::Read(PixelIn<Source>(sourceRows[above], firstColumn + k)), weight);
         if constexpr (kBlendsInIntegers<Source, Destination>) plans[k] = PlanBlend(step.weight);
     }
     ColumnQuad quads[kQuads];
+    __m128i backgroundVector = _mm_setzero_si128();
     const int32_t fullQuads = kBlendsInIntegers<Source, Destination> ? count / 4 : 0;
-    for (int32_t q = 0; q < fullQuads; ++q) {
-        const BlendPlan* plan = &plans[4 * q];
-        const ColumnState* quad = &columns[4 * q];
-        quads[q] = {plan[0].exact && plan[1].exact && plan[2].exact && plan[3].exact,
-                    std::min({quad[0].offset, quad[1].offset, quad[2].offset, quad[3].offset}),
-                    std::max({quad[0].offset, quad[1].offset, quad[2].offset, quad[3].offset}),
-                    LanesOf(plan[0], plan[1], plan[2], plan[3])};
+    if constexpr (kBlendsInIntegers<Source, Destination>) {
+        int32_t backgroundWord;
+        uint8_t storedBackground[4];
+        Destination::Write(storedBackground, background);
+        std::memcpy(&backgroundWord, storedBackground, 4);
+        backgroundVector = _mm_set1_epi32(backgroundWord);
+        for (int32_t q = 0; q < fullQuads; ++q) {
+            const BlendPlan* plan = &plans[4 * q];
+            const ColumnState* quad = &columns[4 * q];
+            quads[q] = {plan[0].exact && plan[1].exact && plan[2].exact && plan[3].exact,
+                        std::min({quad[0].offset, quad[1].offset, quad[2].offset, quad[3].offset}),
+                        std::max({quad[0].offset, quad[1].offset, quad[2].offset, quad[3].offset}),
+                        LanesOf(plan[0], plan[1], plan[2], plan[3]), _mm_setzero_si128(), INT32_MIN};
+        }
+    }
+    // The block reads a narrow strip from every source row, moving down one row
+    // per destination row: too scattered for the hardware to foresee, so each
+    // cache line's worth of columns asks ahead for the source row it will first
+    // need kRowsAhead rows later, and for the destination row it will write.
+    int32_t lineHighestRow[kBlockColumns / kPixelsPerLine + 1];
+    const int32_t lines = (count + kPixelsPerLine - 1) / kPixelsPerLine;
+    for (int32_t line = 0; line < lines; ++line) {
+        int32_t lowestOffset = columns[line * kPixelsPerLine].offset;
+        for (int32_t k = line * kPixelsPerLine; k < std::min(count, (line + 1) * kPixelsPerLine); ++k)
+            lowestOffset = std::min(lowestOffset, columns[k].offset);
+        lineHighestRow[line] = kRowsAhead - lowestOffset;
     }
     for (int32_t y = 0; y < destination.height; ++y) {
         uint8_t* to = destination.RowAddress(y);
-        int32_t k = 0;
+        if (y + kRowsAhead < destination.height) {
+            uint8_t* ahead = destination.RowAddress(y + kRowsAhead);
+            for (int32_t line = 0; line < lines; ++line) {
+                const int32_t x = firstColumn + line * kPixelsPerLine;
+                _mm_prefetch(reinterpret_cast<const char*>(PixelIn<Destination>(ahead, x)), _MM_HINT_T0);
+                const int32_t row = y + lineHighestRow[line];
+                if (row >= 0 && row < sourceHeight)
+                    _mm_prefetch(reinterpret_cast<const char*>(PixelIn<Source>(sourceRows[row], x)), _MM_HINT_T0);
+            }
+        }
         if constexpr (kBlendsInIntegers<Source, Destination>) {
             for (int32_t q = 0; q < fullQuads; ++q) {
-                // Every source row y - offset, and the one above it, in the source.
-                const ColumnQuad& quad = quads[q];
-                if (quad.exact && y - quad.highestOffset >= 1 && y - quad.lowestOffset < sourceHeight)
-                    BlendColumnQuad<Source, Destination>(sourceRows, y, firstColumn + 4 * q, &columns[4 * q],
-                                                         quad.lanes, to);
-                else
-                    for (int32_t i = 4 * q; i < 4 * q + 4; ++i)
-                        ShearColumnPixel<Source, Destination>(sourceRows, sourceHeight, y, firstColumn + i, columns[i],
-                                                              background, to);
+                const int32_t x = firstColumn + 4 * q;
+                Store4(PixelIn<Destination>(to, x),
+                       ShearColumnQuad<Source>(sourceRows, sourceHeight, y, x, &columns[4 * q], quads[q], background,
+                                               backgroundVector));
             }
-            k = 4 * fullQuads;
         }
-        for (; k < count; ++k)
+        for (int32_t k = 4 * fullQuads; k < count; ++k)
             ShearColumnPixel<Source, Destination>(sourceRows, sourceHeight, y, firstColumn + k, columns[k], background,
                                                   to);
     }
@@ -277,6 +355,15 @@ void ShearRows(PictureReader& source, PictureWriter& destination, int32_t rows, 
         source.pixelFormat, destination.pixelFormat, [&]<typename Source, typename Destination>() {
             for (int32_t y = 0; y < rows; ++y) {
                 const SkewStep step = SplitSkew(nextSkew());
+                if constexpr (skew_loops::kBlendsInIntegers<Source, Destination>) {
+                    const BlendPlan plan = PlanBlend(step.weight);
+                    if (plan.exact) {
+                        skew_loops::ShearRowInIntegers<Source>(source.RowAddress(y), source.width,
+                                                               destination.RowAddress(y), destination.width, step,
+                                                               plan, background);
+                        continue;
+                    }
+                }
                 skew_loops::ShearRow<Source, Destination>(source.RowAddress(y), source.width,
                                                           destination.RowAddress(y), destination.width, step,
                                                           background);
