@@ -5,8 +5,6 @@
 // (source, destination) format pair and run with no format test per pixel.
 #pragma once
 
-#include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -31,6 +29,8 @@ struct PixelCodec;
 template <>
 struct PixelCodec<PixelFormatARGB32> {
     static constexpr int32_t kBytesPerPixel = 4;
+    // The bits of a pixel's little-endian word that Write(Read(word)) gives back.
+    static constexpr uint32_t kBitsKept = 0xFFFFFFFF;
     static Pixel Read(const uint8_t* p) { return {p[1], p[2], p[3], p[0]}; }
     static void Write(uint8_t* p, const Pixel& v) {
         p[0] = static_cast<uint8_t>(v.a);
@@ -55,6 +55,7 @@ struct PixelCodec<PixelFormatRGB24> {
 template <>
 struct PixelCodec<PixelFormatHostBGRA> {
     static constexpr int32_t kBytesPerPixel = 4;
+    static constexpr uint32_t kBitsKept = 0x7FFFFFFF;
     static Pixel Read(const uint8_t* p) {
         const int32_t v = p[3] & 0x7F;
         return {p[2], p[1], p[0], v * 2 + (v & 1)};
@@ -74,10 +75,9 @@ template <typename Source, typename Destination>
 inline void CopyPixel(const uint8_t* from, uint8_t* to) {
     if constexpr (std::is_same_v<Source, PixelCodec<PixelFormatHostBGRA>> && std::is_same_v<Source, Destination>) {
         // One 4-byte word, so that the loops around it can be vectorised.
-        constexpr uint32_t kKeptBits = std::bit_cast<uint32_t>(std::array<uint8_t, 4>{0xFF, 0xFF, 0xFF, 0x7F});
         uint32_t word;
         std::memcpy(&word, from, 4);
-        word &= kKeptBits;
+        word &= Source::kBitsKept;
         std::memcpy(to, &word, 4);
     } else if constexpr (std::is_same_v<Source, Destination>) {
         std::memcpy(to, from, Source::kBytesPerPixel);
