@@ -56,3 +56,12 @@ BlendPlan PlanBlend(double weight) {
     plan.exact = true;
     return plan;
 }
+
+bool Supports(BlendWidth width) {
+    return width == BlendWidth::kSse2 || __builtin_cpu_supports("avx2");
+}
+
+BlendWidth WidestBlend() {
+    static const BlendWidth widest = Supports(BlendWidth::kAvx2) ? BlendWidth::kAvx2 : BlendWidth::kSse2;
+    return widest;
+}

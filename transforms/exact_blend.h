@@ -44,7 +44,7 @@
 
 #include <cstdint>
 
-#include <emmintrin.h>
+#include <immintrin.h>
 
 struct BlendPlan {
     bool exact = false;  // every d of this line blends in integers as in doubles
@@ -72,6 +72,12 @@ inline BlendLanes LanesOf(const BlendPlan& first, const BlendPlan& second, const
 
 inline BlendLanes LanesOf(const BlendPlan& plan) { return LanesOf(plan, plan, plan, plan); }
 
+// The widest vectors the blend runs in: SSE2 always (the build assumes no more),
+// AVX2 where the processor has it, asked once per process.
+enum class BlendWidth { kSse2, kAvx2 };
+BlendWidth WidestBlend();
+bool Supports(BlendWidth width);
+
 // floor(d w32 / 2^32) for eight 16-bit distances d <= 255.
 inline __m128i FloorOfWeighted(__m128i distance, __m128i high, __m128i low) {
     const __m128i bias = _mm_set1_epi16(int16_t(0x8000));
@@ -93,4 +99,26 @@ inline __m128i BlendPixels(__m128i p, __m128i q, const BlendLanes& lanes) {
     // p - f where p >= q; where p < q, f negated first: p + f.
     const __m128i notAbove = _mm_cmpeq_epi8(above, zero);
     return _mm_sub_epi8(p, _mm_sub_epi8(_mm_xor_si128(floors, notAbove), notAbove));
+}
+
+// The same blend for thirty-two channels of one weight, in AVX2 registers.
+__attribute__((target("avx2"))) inline __m256i FloorOfWeighted(__m256i distance, __m256i high, __m256i low) {
+    const __m256i bias = _mm256_set1_epi16(int16_t(0x8000));
+    const __m256i lowHalf = _mm256_mullo_epi16(distance, high);
+    const __m256i sum = _mm256_add_epi16(lowHalf, _mm256_mulhi_epu16(distance, low));
+    const __m256i carry = _mm256_cmpgt_epi16(_mm256_xor_si256(lowHalf, bias), _mm256_xor_si256(sum, bias));
+    return _mm256_sub_epi16(_mm256_mulhi_epu16(distance, high), carry);
+}
+
+__attribute__((target("avx2"))) inline __m256i BlendPixels(__m256i p, __m256i q, const BlendPlan& plan) {
+    const __m256i high = _mm256_set1_epi16(int16_t(plan.high)), low = _mm256_set1_epi16(int16_t(plan.low));
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i above = _mm256_subs_epu8(p, q);
+    const __m256i distance = _mm256_or_si256(above, _mm256_subs_epu8(q, p));
+    // Unpacking and packing work within each 128-bit half, so pack restores
+    // the order unpack took apart.
+    const __m256i floors = _mm256_packus_epi16(FloorOfWeighted(_mm256_unpacklo_epi8(distance, zero), high, low),
+                                               FloorOfWeighted(_mm256_unpackhi_epi8(distance, zero), high, low));
+    const __m256i notAbove = _mm256_cmpeq_epi8(above, zero);
+    return _mm256_sub_epi8(p, _mm256_sub_epi8(_mm256_xor_si256(floors, notAbove), notAbove));
 }

@@ -5,6 +5,7 @@
 // blend against the double arithmetic it replaces, over every (P, Q) pair.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -25,8 +26,10 @@ namespace {
 // the adversarial weights stay, the random and rotation ones thin out.
 #if defined(__SANITIZE_ADDRESS__) || !defined(__x86_64__)
 constexpr int kThinning = 16;
+constexpr int kLargestDenominator = 8;
 #else
 constexpr int kThinning = 1;
+constexpr int kLargestDenominator = 24;
 #endif
 
 // Exact halves and k/n with their neighbours a few ulps away, 0, 1 and just
@@ -44,7 +47,7 @@ std::vector<double> BlendWeights() {
             weights.push_back(above);
         }
     };
-    for (int n = 2; n <= 40; ++n)
+    for (int n = 2; n <= kLargestDenominator; ++n)
         for (int k = 1; k < n; ++k) withNeighbours(static_cast<double>(k) / n);
     withNeighbours(0x1p-11);
     withNeighbours(0.5 - 1e-13);
@@ -52,7 +55,7 @@ std::vector<double> BlendWeights() {
     for (double angle : {30.0, 45.0, -30.0, 1e-10}) {
         const ShearFactors f = ShearFactorsOf(angle);
         double column = 3999 * f.s, row = -(3999 * f.s * f.t);
-        for (int line = 0; line < 600 / kThinning; ++line) {
+        for (int line = 0; line < 200 / kThinning; ++line) {
             weights.push_back(fraction((line + 0.5) * f.t));
             weights.push_back(fraction(column));
             weights.push_back(fraction(row));
@@ -66,27 +69,47 @@ std::vector<double> BlendWeights() {
     return weights;
 }
 
+std::vector<BlendWidth> SupportedWidths() {
+    std::vector<BlendWidth> widths{BlendWidth::kSse2};
+    if (Supports(BlendWidth::kAvx2)) widths.push_back(BlendWidth::kAvx2);
+    return widths;
+}
+
+// One row through the integer row shear in every width this processor runs: its
+// pixels step through every (Q, P) pair in turn, all four channels alike.
 TEST(ExactBlendTest, EveryPairBlendsAsTheDoublesOnLinesPlannedExact) {
+    std::vector<uint8_t> values;
+    for (int p = 0; p < 256; ++p)
+        for (int q = 0; q < 256; ++q) values.insert(values.end(), {uint8_t(q), uint8_t(p)});
+    const int32_t length = static_cast<int32_t>(values.size());
+    std::vector<uint8_t> row(values.size() * 4), blended(values.size() * 4);
+    for (size_t i = 0; i < values.size(); ++i) std::fill_n(&row[4 * i], 4, values[i]);
+
     int exactLines = 0;
     const std::vector<double> weights = BlendWeights();
     for (const double w : weights) {
         const BlendPlan plan = PlanBlend(w);
         if (!plan.exact) continue;
         ++exactLines;
-        const BlendLanes lanes = LanesOf(plan);
-        for (int p = 0; p < 256; ++p)
-            for (int q0 = 0; q0 < 256; q0 += 16) {
-                alignas(16) uint8_t qs[16], blended[16];
-                for (int i = 0; i < 16; ++i) qs[i] = static_cast<uint8_t>(q0 + i);
-                _mm_store_si128(reinterpret_cast<__m128i*>(blended),
-                                BlendPixels(_mm_set1_epi8(static_cast<char>(p)),
-                                            _mm_load_si128(reinterpret_cast<const __m128i*>(qs)), lanes));
-                for (int i = 0; i < 16; ++i) {
-                    const int q = q0 + i;
-                    const int definition = p - static_cast<int>(p * w - q * w);
-                    ASSERT_EQ(blended[i], definition) << "P " << p << ", Q " << q << ", w " << w;
-                }
+        std::vector<uint8_t> definition(values.size() * 4);
+        for (int32_t d = 1; d < length; ++d) {
+            const int p = values[d], q = values[d - 1];
+            std::fill_n(&definition[4 * d], 4, static_cast<uint8_t>(p - static_cast<int>(p * w - q * w)));
+        }
+        for (const BlendWidth width : SupportedWidths()) {
+            const skew_loops::IntegerRow<PixelCodec<PixelFormatARGB32>> line(row.data(), length, blended.data(),
+                                                                             SkewStep{0, w}, plan, Pixel{});
+            if (width == BlendWidth::kAvx2)
+                skew_loops::ShearRowInIntegersWide(line, length);
+            else
+                skew_loops::ShearRowInIntegers(line, length);
+            const auto differs = std::mismatch(blended.begin() + 4, blended.end(), definition.begin() + 4);
+            if (differs.first != blended.end()) {
+                const size_t d = static_cast<size_t>(differs.first - blended.begin()) / 4;
+                FAIL() << "P " << int(values[d]) << ", Q " << int(values[d - 1]) << ", w " << w << ", width "
+                       << static_cast<int>(width) << ": " << int(*differs.first) << " for " << int(*differs.second);
             }
+        }
     }
     // Most lines must take the integers, or the planner has lost its point.
     EXPECT_GT(exactLines, static_cast<int>(weights.size()) / 2);
@@ -125,14 +148,17 @@ TEST_P(SkewLoopsTest, RowsAndColumnsMatchThePlainShears) {
                 (columns ? VertSkew : HorizSkew)(reader, plain.editor, line, split.offset, split.weight, background.r,
                                                  background.g, background.b, background.a);
             }
-            size_t next = 0;
-            auto nextSkew = [&] { return skews.at(next++); };
-            if (columns)
-                ShearColumns(reader, fast.editor, lines, background, nextSkew);
-            else
-                ShearRows(reader, fast.editor, lines, background, nextSkew);
-            EXPECT_EQ(next, skews.size()) << "one skew per line, in order";
-            ASSERT_EQ(fast.bytes, plain.bytes) << (columns ? "columns" : "rows") << ", round " << round;
+            for (const BlendWidth width : SupportedWidths()) {
+                size_t next = 0;
+                auto nextSkew = [&] { return skews.at(next++); };
+                if (columns)
+                    ShearColumns(reader, fast.editor, lines, background, nextSkew);
+                else
+                    ShearRows(reader, fast.editor, lines, background, nextSkew, width);
+                EXPECT_EQ(next, skews.size()) << "one skew per line, in order";
+                ASSERT_EQ(fast.bytes, plain.bytes) << (columns ? "columns" : "rows") << ", round " << round
+                                                   << ", width " << static_cast<int>(width);
+            }
         }
     }
 }
