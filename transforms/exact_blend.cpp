@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace {
 
@@ -40,13 +41,15 @@ BlendPlan PlanBlend(double weight) {
     // 2^-44 of a unit, a bound on the double's error, in units of 2^-64.
     constexpr uint64_t kDoubleError = uint64_t(1) << 20;
     const bool doublesExact = std::bit_width(w64 >> std::countr_zero(w64)) <= 45;
+    // Every doubtful fraction lies within 2^20 above a wrap of 2^64 or below
+    // d (w64 mod 2^32) < 2^40: one comparison passes all the others.
+    constexpr uint64_t kScreen = uint64_t(1) << 41;
     uint64_t fraction = 0;
-    bool atLeastOne = false;
     int settled = 0;
     for (uint64_t d = 1; d <= 255; ++d) {
-        const uint64_t next = fraction + w64;
-        atLeastOne = atLeastOne || next < fraction;
-        fraction = next;
+        fraction += w64;
+        if (fraction + kDoubleError >= kScreen) continue;
+        const bool atLeastOne = w64 > UINT64_MAX / d;  // d w >= 1
         const bool nearInteger = fraction >= 0 - kDoubleError || (atLeastOne && fraction <= kDoubleError);
         const bool doubtful = (nearInteger && !doublesExact) || (atLeastOne && fraction < d * leftOut);
         if (doubtful && (++settled > kMostDistancesSettled ||
