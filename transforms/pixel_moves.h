@@ -57,16 +57,9 @@ inline void MovePixelsOneByOne(PictureReader& reader, PictureWriter& writer, Pix
 
 namespace pixel_moves {
 
-template <typename Codec>
-inline uint8_t* PixelIn(uint8_t* row, int32_t x) {
-    return row + static_cast<ptrdiff_t>(x) * Codec::kBytesPerPixel;
-}
-
 template <typename Source, typename Destination>
 constexpr bool kMovesWords = std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4;
 
-inline __m128i LoadFour(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-inline void StoreFour(uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 constexpr int kReversed = _MM_SHUFFLE(0, 1, 2, 3);
 
 // Mirrors: every source row lands whole in one destination row.
@@ -81,9 +74,9 @@ void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bo
         if constexpr (kMovesWords<Source, Destination>) {
             const __m128i kept = _mm_set1_epi32(static_cast<int32_t>(Source::kBitsKept));
             for (; x + 4 <= w; x += 4) {
-                __m128i four = _mm_and_si128(LoadFour(PixelIn<Source>(from, x)), kept);
+                __m128i four = _mm_and_si128(LoadFourPixels(PixelIn<Source>(from, x)), kept);
                 if (reverseColumns) four = _mm_shuffle_epi32(four, kReversed);
-                StoreFour(PixelIn<Destination>(to, reverseColumns ? w - 4 - x : x), four);
+                StoreFourPixels(PixelIn<Destination>(to, reverseColumns ? w - 4 - x : x), four);
             }
         }
         for (; x < w; ++x)
@@ -98,16 +91,16 @@ void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bo
 template <typename Codec>
 void TurnBlock(uint8_t* const* strip, int32_t k, int32_t x, uint8_t* const* to, int32_t at, bool clockwise) {
     const __m128i kept = _mm_set1_epi32(static_cast<int32_t>(Codec::kBitsKept));
-    const __m128i r0 = _mm_and_si128(LoadFour(PixelIn<Codec>(strip[k], x)), kept);
-    const __m128i r1 = _mm_and_si128(LoadFour(PixelIn<Codec>(strip[k + 1], x)), kept);
-    const __m128i r2 = _mm_and_si128(LoadFour(PixelIn<Codec>(strip[k + 2], x)), kept);
-    const __m128i r3 = _mm_and_si128(LoadFour(PixelIn<Codec>(strip[k + 3], x)), kept);
+    const __m128i r0 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k], x)), kept);
+    const __m128i r1 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k + 1], x)), kept);
+    const __m128i r2 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k + 2], x)), kept);
+    const __m128i r3 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k + 3], x)), kept);
     const __m128i low01 = _mm_unpacklo_epi32(r0, r1), low23 = _mm_unpacklo_epi32(r2, r3);
     const __m128i high01 = _mm_unpackhi_epi32(r0, r1), high23 = _mm_unpackhi_epi32(r2, r3);
     const __m128i columns[4] = {_mm_unpacklo_epi64(low01, low23), _mm_unpackhi_epi64(low01, low23),
                                 _mm_unpacklo_epi64(high01, high23), _mm_unpackhi_epi64(high01, high23)};
     for (int i = 0; i < 4; ++i)
-        StoreFour(PixelIn<Codec>(to[i], at), clockwise ? _mm_shuffle_epi32(columns[i], kReversed) : columns[i]);
+        StoreFourPixels(PixelIn<Codec>(to[i], at), clockwise ? _mm_shuffle_epi32(columns[i], kReversed) : columns[i]);
 }
 
 // Quarter turns: a source row becomes a destination column. The pictures are

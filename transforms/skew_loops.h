@@ -17,9 +17,11 @@
 //   keep their rows wherever their row table says) and kept in a table.
 // - Where source and destination share a format of 4-byte pixels (every pass
 //   picture has the host's format), lines whose weight PlanBlend marks exact
-//   blend four pixels at a time in integer lanes (exact_blend.h has the proof);
-//   the first and the trailing pixel of a line, and every other line, take the
-//   doubles.
+//   blend in integer lanes (exact_blend.h has the proof): rows four destination
+//   pixels at a time, or eight in AVX2 where the processor has it, columns in
+//   quads of neighbours. Pixels at a line's ends, and lines whose weight is not
+//   exact, take the doubles.
+#pragma once
 
 #include <algorithm>
 #include <cstddef>
@@ -37,11 +39,6 @@
 #include "transforms/skews.h"
 
 namespace skew_loops {
-
-template <typename Codec>
-inline uint8_t* PixelIn(uint8_t* row, int32_t x) {
-    return row + static_cast<ptrdiff_t>(x) * Codec::kBytesPerPixel;
-}
 
 // A pixel's four channels times the line's weight, as two pairs of doubles.
 // SSE2's packed double arithmetic and its truncating conversion round exactly as
@@ -105,12 +102,7 @@ struct RawLanes<PixelCodec<PixelFormatHostBGRA>> {
 };
 
 template <typename Source, typename Destination>
-constexpr bool kBlendsInIntegers =
-    std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4 && !std::is_same_v<Source, PixelCodec<PixelFormatRGB24>>;
-
-inline __m128i Load4(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-
-inline void Store4(uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+constexpr bool kBlendsInIntegers = std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4;
 
 // The definition's pixel at position j of a line extended by the background
 // on both sides, blended after the one at j - 1: beyond the trailing pixel and
@@ -155,12 +147,12 @@ public:
         __m128i pixels;
         if (j >= 1 && j + 4 <= fromWidth_)
             pixels = RawLanes<Codec>::Write(
-                BlendPixels(RawLanes<Codec>::Read(Load4(At(j))), RawLanes<Codec>::Read(Load4(At(j - 1))), lanes_));
+                BlendPixels(RawLanes<Codec>::Read(LoadFourPixels(At(j))), RawLanes<Codec>::Read(LoadFourPixels(At(j - 1))), lanes_));
         else if (j + 3 < 0 || j > fromWidth_)
             pixels = backgroundVector_;
         else
             pixels = FourPixelsByDoubles<Codec>(j, fromWidth_, weight_, background_, [this](int32_t i) { return At(i); });
-        Store4(PixelIn<Codec>(to_, d), pixels);
+        StoreFourPixels(PixelIn<Codec>(to_, d), pixels);
     }
 
     // Destination pixels d .. d + 7.
@@ -390,7 +382,7 @@ void ShearColumnBlock(uint8_t* const* sourceRows, int32_t sourceHeight, PictureW
         if constexpr (kBlendsInIntegers<Source, Destination>) {
             for (int32_t q = 0; q < fullQuads; ++q) {
                 const int32_t x = firstColumn + 4 * q;
-                Store4(PixelIn<Destination>(to, x),
+                StoreFourPixels(PixelIn<Destination>(to, x),
                        ShearColumnQuad<Source>(sourceRows, sourceHeight, y, x, &columns[4 * q], quads[q], background,
                                                backgroundVector));
             }
