@@ -43,7 +43,8 @@
 // line fades into the background instead of stopping at a hard edge. That is
 // the + 1 of passes 2 and 3. All products are formed in doubles exactly as
 // written (the build allows no fused multiply-add); skews.h and skew_loops.h
-// hold the shears.
+// hold the shears, the latter blending in integers the lines whose weight is
+// proven to give the same pixels (exact_blend.h).
 //
 // Memory. Each pass picture is released as soon as the next pass has read it,
 // so besides the receiver at most the working picture and two pass pictures are
