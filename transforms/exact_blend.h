@@ -25,21 +25,22 @@
 // wrapping arithmetic. PlanBlend walks d = 1 .. 255 and marks the line exact only
 // if every d passes (1) and (2): the fraction is not within 2^20 (2^-44 of a
 // unit) of an integer n >= 1 (or the doubles are exact) and not below
-// d (w64 mod 2^32), or else, for a few
-// such d, both formulas agree on every pair (P, Q) at that distance, tried one
-// by one with the definition's own doubles. For w < 2^-11 every E is
-// below 1/8: the double truncates to 0 and floor(d w32 / 2^32) is 0, so the line
-// is exact. A weight of 1 or more (a tiny negative skew rounding up) is left to
-// the doubles.
-// (4) The lanes. BlendPixels takes d = |P - Q| per byte as the difference of two
-// saturating subtractions, and floor(d w32 / 2^32) with w32 = h 2^16 + l as
+// d (w64 mod 2^32); or else, for a few such d, both formulas agree on every pair
+// (P, Q) at that distance, tried one by one with the definition's own doubles.
+// For w < 2^-11 every E is below 1/8: the double truncates to 0 and
+// floor(d w32 / 2^32) is 0, so the line is exact. A weight of 1 or more (a tiny
+// negative skew rounding up) is left to the doubles.
+// (4) The lanes. BlendPixels takes d = |P - Q| per byte as the OR of the two
+// saturating differences, and floor(d w32 / 2^32) with w32 = h 2^16 + l as
 // floor((d h + floor(d l / 2^16)) / 2^16) = hi(d h) + carry(lo(d h) + hi(d l)),
 // hi and lo being the halves of 16 x 16-bit products; the sum is below 2^17, so
 // the carry is 0 or 1. The result is at most d, so P - f and P + f stay in 0..255
-// and byte arithmetic is exact.
+// and byte arithmetic is exact. The AVX2 form is the same arithmetic, twice as
+// wide.
 //
-// The test compares BlendPixels with the double definition over all 65536 (P, Q)
-// pairs for thousands of weights, adversarial ones included.
+// tests/unit/skew_loops_test.cpp runs all 65536 (P, Q) pairs through the row
+// shear in every vector width the processor has, for thousands of weights,
+// adversarial ones included, against the doubles.
 #pragma once
 
 #include <cstdint>
