@@ -71,6 +71,18 @@ const FaultCase kFaults[] = {
      [](auto& c) { c.system.applicationServicesInstalled = false; }},
     {"NoSetGWorld", HostKind::Desktop, 60, "++ +++ ~ +++ +++ +++",
      [](auto& c) { c.system.missingFunctions = {"SetGWorld"}; }},
+    {"NoGetPortPixMap", HostKind::Desktop, 30, "++ +++ ~ +++ +++ +++",
+     [](auto& c) { c.system.missingFunctions = {"GetPortPixMap"}; }},
+    {"NoGetGWorldPixMap", HostKind::Desktop, 30, "-- --- ~ --- --- +++",
+     [](auto& c) { c.system.missingFunctions = {"GetGWorldPixMap"}; }},
+    {"NoGetPixDepth", HostKind::Desktop, 30, "-- --- ~ --- --- +++",
+     [](auto& c) { c.system.missingFunctions = {"GetPixDepth"}; }},
+    {"NoLockPixels", HostKind::Desktop, 30, "-- --- ~ --- --- +++",
+     [](auto& c) { c.system.missingFunctions = {"LockPixels"}; }},
+    {"NoGetPixBaseAddr", HostKind::Desktop, 30, "-- --- ~ --- --- +++",
+     [](auto& c) { c.system.missingFunctions = {"GetPixBaseAddr"}; }},
+    {"NoGetPixRowBytes", HostKind::Desktop, 30, "~~ ~~~ ~ ~~~ ~-~ +++",
+     [](auto& c) { c.system.missingFunctions = {"GetPixRowBytes"}; }},
     {"NoHostKindAnswer", HostKind::Undecided, 60, "++ +++ ~ +++ +++ +++", [](auto&) {}},
 };
 

@@ -134,25 +134,6 @@ TEST(SimulatedHost, HostBitmapRowsLieApartAndTheRecordIsAsDocumented) {
     EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
 }
 
-// DrawPicture as the copies rely on it: unscaled, converted, and leaving the
-// destination alone where the source rectangle has no pixels.
-TEST(SimulatedHost, DrawPictureCopiesTheOverlapOnly) {
-    SimulatedHost host;  // desktop: a 24-bit world drawn into a new 32-bit one
-    REALpicture source = host.MakePicture(Storage::GWorld24, 3, 3);
-    for (int32_t y = 0; y < 3; ++y)
-        for (int32_t x = 0; x < 3; ++x) host.SetPixel(source, x, y, Rgba{uint8_t(x), uint8_t(y), 9, 0});
-    REALpicture destination = NewPicture()(4, 4, 32);
-    Draw(destination, source, 0, 0, 4, 4, -1, 1);
-    const Rgba white{255, 255, 255, 255};
-    EXPECT_EQ(host.GetPixel(destination, 0, 0), white) << "left of the source";
-    EXPECT_EQ(host.GetPixel(destination, 1, 0), (Rgba{0, 1, 9, 255}));
-    EXPECT_EQ(host.GetPixel(destination, 3, 1), (Rgba{2, 2, 9, 255}));
-    EXPECT_EQ(host.GetPixel(destination, 1, 2), white) << "below the source";
-    host.Release(destination);
-    host.Release(source);
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
-}
-
 // The host's own whole-row fill and copy store each pixel exactly as its
 // per-pixel Write would (a host bitmap keeps 7 bits of alpha even when the
 // source's eighth was set by raw bytes).
@@ -187,21 +168,5 @@ TEST_P(SameStorageTest, FillAndDrawStoreWhatWriteStores) {
 INSTANTIATE_TEST_SUITE_P(Storages, SameStorageTest,
                          ::testing::Values(Storage::GWorld32, Storage::GWorld24, Storage::GWorld16,
                                            Storage::HostBitmap));
-
-TEST(SimulatedHost, AMaskIsMadeOnRequestAndHeldByItsPicture) {
-    SimulatedHost host(Console());
-    auto getMask = EntryPoint<REALpicture (*)(REALpicture, uint8_t)>("REALGetPictureMask");
-    REALpicture picture = host.MakePicture(Storage::HostBitmap, 2, 2);
-    EXPECT_EQ(getMask(picture, 0), nullptr);
-    REALpicture mask = getMask(picture, 1);
-    ASSERT_NE(mask, nullptr);
-    EXPECT_EQ(host.MaskOf(picture), mask);
-    EXPECT_EQ(host.GetPixel(mask, 1, 1), (Rgba{0, 0, 0, 255}));
-    EXPECT_FALSE(host.LedgerProblems().empty()) << "the caller's reference on the mask is still out";
-    UnlockObject()(mask);
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
-    host.Release(picture);
-    EXPECT_FALSE(host.IsAlive(mask));
-}
 
 }  // namespace
