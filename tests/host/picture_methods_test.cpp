@@ -1,8 +1,9 @@
 // Every picture method through the shipped library's method table, on every host
 // kind and storage, against the slow models: mirrors and quarter turns as
-// coordinate maps, rotations as the shear model, copies as the source itself.
-// The receiver and its mask are left alone, results carry no mask of their own,
-// and nothing stays held.
+// coordinate maps, rotations as the shear model (whole and cut), copies as the
+// source itself. The receiver and its mask are left alone, results carry no mask
+// of their own but the turned one of "RotateImageAndMaskQLM", and nothing stays
+// held.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -42,30 +43,37 @@ protected:
 };
 
 TEST_P(PictureMethodTest, GivesTheModelsPictureAndHoldsNothing) {
-    const bool masked = &Method() != &methods::kRotateImageAndMask;  // whose mask turns with it
-    for (auto [width, height] : {std::pair{1, 1}, {1, 7}, {9, 1}, {23, 17}}) {
+    const bool turnsTheMask = &Method() == &methods::kRotateImageAndMask;
+    // A quarter turn cut to the receiver's size reaches past the turn on two sides.
+    for (auto [width, height, angle, cut] : {std::tuple{1, 1, 30.0, false}, {1, 7, 30.0, false}, {9, 1, 30.0, true},
+                                             {23, 17, 90.0, true}}) {
         SCOPED_TRACE(::testing::Message() << width << " x " << height);
+        const test_support::Arguments arguments{.angle = angle, .cut = cut};
         REALpicture receiver = RandomPicture(Host().storage, width, height, uint32_t(width * 7919 + height));
-        REALpicture mask = masked ? RandomPicture(Host().storage, width, height, 5) : nullptr;
-        if (masked) {
-            host.SetMask(receiver, mask);
-            host.Release(mask);
-        }
+        REALpicture mask = RandomPicture(Host().storage, width, height, 5);
+        host.SetMask(receiver, mask);
+        host.Release(mask);
         const Image before = ReadImage(host, receiver);
-        const Image maskBefore = masked ? ReadImage(host, mask) : Image{};
-        REALpicture result = Apply(Method(), receiver);
+        const Image maskBefore = ReadImage(host, mask);
+        REALpicture result = Apply(Method(), receiver, arguments);
         ASSERT_EQ(result != nullptr, Succeeds());
         if (result != nullptr) {
-            EXPECT_EQ(ReadImage(host, result), Expected(Method(), before));
+            EXPECT_EQ(ReadImage(host, result), Expected(Method(), before, arguments));
+        }
+        if (turnsTheMask) {
+            // Into a mask the host makes, which starts opaque black where the cut reaches past the turn.
+            const Image turnedMask = *Expected(Method(), maskBefore, {.angle = angle});
+            ASSERT_NE(host.MaskOf(result), nullptr);
+            EXPECT_EQ(ReadImage(host, host.MaskOf(result)),
+                      arguments.cut ? test_support::CutFromCentre(turnedMask, width, height, {0, 0, 0, 255}) : turnedMask);
+        } else if (result != receiver) {
+            EXPECT_TRUE(result == nullptr || host.MaskOf(result) == nullptr);
         }
         if (result != receiver) {
             EXPECT_EQ(ReadImage(host, receiver), before);
-            EXPECT_TRUE(result == nullptr || host.MaskOf(result) == nullptr);
         }
         EXPECT_EQ(host.MaskOf(receiver), mask);
-        if (masked) {
-            EXPECT_EQ(ReadImage(host, mask), maskBefore);
-        }
+        EXPECT_EQ(ReadImage(host, mask), maskBefore);
         if (&Method() == &methods::kBitmap) {
             // Handed back as it is when already a 32-bit pixel map, with a reference for the program.
             EXPECT_EQ(result == receiver, Host().storage != Storage::GWorld24 && Host().storage != Storage::GWorld16);
@@ -100,6 +108,25 @@ TEST(PictureMethodCalls, NilReceiversAndEmptySizesGiveNil) {
         EXPECT_EQ(bench.Apply(methods::kCloneToSize, source, {.width = width, .height = height}), nullptr);
     bench.host.Release(source);
     bench.ExpectBalancedAndRelease({});
+}
+
+// The picture's turn makes three new pictures and the cut one the fourth; the
+// mask's turn fails from the fifth on, and the picture comes back without it.
+TEST(PictureMethodCalls, AFailedMaskTurnLeavesTheMaskOut) {
+    simhost::HostConfig config;
+    config.newPictureFailsFromCall = 5;
+    test_support::PluginBench bench(config);
+    REALpicture source = bench.RandomPicture(Storage::GWorld32, 20, 10, 4);
+    bench.host.SetMask(source, bench.RandomPicture(Storage::GWorld32, 20, 10, 5));
+    bench.host.Release(bench.host.MaskOf(source));
+    const test_support::Arguments cut{.cut = true};
+    REALpicture result = bench.Apply(methods::kRotateImageAndMask, source, cut);
+    ASSERT_NE(result, nullptr);
+    EXPECT_EQ(bench.host.MaskOf(result), nullptr);
+    bench.ExpectBalancedAndRelease({result});
+    EXPECT_EQ(bench.Apply(methods::kRotateImageAndMask, source, cut), nullptr) << "no new picture for the turn itself";
+    bench.ExpectBalancedAndRelease({});
+    bench.host.Release(source);
 }
 
 // The host makes no picture with a side over 32767, which in-place mirrors need not ask for.
