@@ -27,18 +27,7 @@ std::vector<std::string> AttributeValues(const std::string& html, const std::str
     return values;
 }
 
-// The text with every run of blanks and line breaks made one space, as the help
-// wraps its lines.
-std::string OneLine(const std::string& text) {
-    std::string line;
-    for (char c : text) {
-        const bool blank = c == ' ' || c == '\n';
-        if (!blank || (!line.empty() && line.back() != ' ')) line += blank ? ' ' : c;
-    }
-    return line;
-}
-
-TEST(PixturnDemo, EveryMethodOnTheTestCardAsTheModelsSay) {
+TEST(PixturnDemo, EveryMethodOnTheTestCardAsTheModelsSayAndTheGalleryLoads) {
     const ScratchDirectory dir;
     const RunResult run = RunPixturn({"demo", dir / "sheet"});
     ASSERT_EQ(run.status, 0) << run.err;
@@ -79,26 +68,9 @@ TEST(PixturnDemo, EveryMethodOnTheTestCardAsTheModelsSay) {
         }
     }
     EXPECT_EQ(std::pair(read("rotate-mask-30-cut-mask").width, read("rotate-mask-30-masked").height), std::pair(320, 368));
-}
 
-TEST(PixturnDemo, OnTheUsersPictureOnAConsoleHost) {
-    const ScratchDirectory dir;
-    Image photo = RandomPixels(30, 20, 8);
-    for (simhost::Rgba& p : photo.pixels) p.a = 255;
-    WriteRgbaPng(dir / "photo.png", photo);
-    const RunResult run = RunPixturn({"demo", dir / "out", "--input", dir / "photo.png", "--host", "console"});
-    ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_NE(run.out.find("photo.png (30 x 20) on the console host"), std::string::npos) << run.out;
-    EXPECT_EQ(ReadPng(dir / "out/input.png").image, photo);
-    const Image rotated = ReadPng(dir / "out/rotate-mask-30-cut.png").image;
-    EXPECT_EQ(std::pair(rotated.width, rotated.height), std::pair(30, 20));
-}
-
-// The gallery in Debian's Chromium, as a user opens it: a page beside it loads
-// it in a frame 1400 px wide and writes what it found into its own DOM.
-TEST(PixturnGallery, EveryImageLoadsAndThePageFitsIn1400Pixels) {
-    const ScratchDirectory dir;
-    ASSERT_EQ(RunPixturn({"demo", dir / "sheet"}).status, 0);
+    // In Debian's Chromium, as a user opens it: a page beside it loads it in a
+    // frame 1400 px wide and writes what it found into its own DOM.
     WriteText(dir / "sheet/check.html",
               "<iframe id=f src=index.html style='width:1400px;height:900px;border:0'></iframe><pre id=r></pre>"
               "<script>f.onload=()=>{const d=f.contentDocument;const imgs=[...d.images];"
@@ -116,6 +88,19 @@ TEST(PixturnGallery, EveryImageLoadsAndThePageFitsIn1400Pixels) {
     EXPECT_LE(width, 1400);
 }
 
+TEST(PixturnDemo, OnTheUsersPictureOnAConsoleHost) {
+    const ScratchDirectory dir;
+    Image photo = RandomPixels(30, 20, 8);
+    for (simhost::Rgba& p : photo.pixels) p.a = 255;
+    WriteRgbaPng(dir / "photo.png", photo);
+    const RunResult run = RunPixturn({"demo", dir / "out", "--input", dir / "photo.png", "--host", "console"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("photo.png (30 x 20) on the console host"), std::string::npos) << run.out;
+    EXPECT_EQ(ReadPng(dir / "out/input.png").image, photo);
+    const Image rotated = ReadPng(dir / "out/rotate-mask-30-cut.png").image;
+    EXPECT_EQ(std::pair(rotated.width, rotated.height), std::pair(30, 20));
+}
+
 TEST(PixturnMethods, ListsWhatTheHostReceivedForEachRegistrationForm) {
     const RunResult module = RunPixturn({"methods"});
     ASSERT_EQ(module.status, 0) << module.err;
@@ -130,24 +115,13 @@ TEST(PixturnMethods, ListsWhatTheHostReceivedForEachRegistrationForm) {
     EXPECT_NE(extension.out.find("RotateQLM(angle as double"), std::string::npos) << extension.out;
 }
 
-// The help's colour examples give what their names say: black corners, and
-// corners one can see through.
-TEST(PixturnHelp, HelpVersionAndTheColourExamples) {
+TEST(PixturnHelp, HelpAndVersion) {
     const RunResult help = RunPixturn({"help"});
     ASSERT_EQ(help.status, 0);
     EXPECT_EQ(RunPixturn({"--help"}).out, help.out);
-    const std::string text = OneLine(help.out);
-    EXPECT_NE(text.find("is the pixel's alpha: FF opaque, 00 transparent"), std::string::npos);
-    EXPECT_NE(text.find("--background black -o on-black.png"), std::string::npos);
+    EXPECT_EQ(help.out.rfind("usage: pixturn COMMAND", 0), 0u) << help.out;
     EXPECT_NE(RunPixturn({"help", "rotate"}).out.find("usage: pixturn rotate FILE... --angle DEG"), std::string::npos);
     EXPECT_EQ(RunPixturn({"--version"}).out, std::string("pixturn ") + PIXTURN_VERSION + "\n");
-
-    const ScratchDirectory dir;
-    WriteRgbaPng(dir / "photo.png", RandomPixels(40, 30, 2));
-    for (const auto& [colour, corner] : {std::pair{"black", Rgba{0, 0, 0, 255}}, std::pair{"transparent", Rgba{0, 0, 0, 0}}}) {
-        ASSERT_EQ(RunPixturn({"rotate", dir / "photo.png", "--angle", "-12.5", "--background", colour, "-o", dir / "out.png"}).status, 0);
-        EXPECT_EQ(ReadPng(dir / "out.png").image.at(0, 0), corner) << colour;
-    }
 }
 
 // cmake --install lays out bin/pixturn and lib/pixturn/ (the plug-in, its

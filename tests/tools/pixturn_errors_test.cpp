@@ -76,9 +76,6 @@ const BadInput kBadInputs[] = {
     {"OutputDirectoryMissing", {"rotate90", "@good.png", "-o", "@nowhere/out.png"}, 1, "nowhere/out.png: cannot write"},
     {"MaskOfAnotherSize", {"rotate-mask", "@good.png", "--mask", "@small.png", "--angle", "3", "-o", "@out.png"}, 1,
      "small.png: the mask is 3 x 3, the picture 6 x 4"},
-    {"MaskOutputUnwritable",
-     {"rotate-mask", "@good.png", "--mask", "@good.png", "--angle", "3", "-o", "@out.png", "--mask-out", "@nowhere/m.png"},
-     1, "nowhere/m.png: cannot write"},
     // The first shear would be 32768 pixels wide.
     {"MethodReturnsNil", {"rotate", "@wide.png", "--angle", "30", "-o", "@out.png"}, 1,
      "RotateQLM returned nil: RotateQLM(30, &cFFFFFFFF) on "},

@@ -175,7 +175,8 @@ TEST(PixturnMemory, EstimateForAFileAndForASize) {
     EXPECT_EQ(largest.out.substr(0, largest.out.find(" (")), std::to_string(int64_t{32767} * 32767 * 4) + " bytes");
 }
 
-// Every kind of PNG the command reads, against the RGBA it must give.
+// A PNG of each of the reader's conversions (bits widened or narrowed, grey made
+// colour, palettes looked up, alpha added, interlacing), against the RGBA it must give.
 struct PngCase {
     const char* name;
     PngContents contents;
@@ -188,13 +189,9 @@ std::vector<PngCase> PngCases() {
     interlaced.interlaced = true;
     for (const Rgba& p : random.pixels) interlaced.rows.insert(interlaced.rows.end(), {p.r, p.g, p.b, p.a});
     return {
-        {"Grey8", {2, 2, PNG_COLOR_TYPE_GRAY, 8, {0, 77, 255, 128}},
-         {{0, 0, 0, 255}, {77, 77, 77, 255}, {255, 255, 255, 255}, {128, 128, 128, 255}}},
         {"Grey1", {4, 1, PNG_COLOR_TYPE_GRAY, 1, {0xA0}},
          {{255, 255, 255, 255}, {0, 0, 0, 255}, {255, 255, 255, 255}, {0, 0, 0, 255}}},
-        {"Grey16", {2, 1, PNG_COLOR_TYPE_GRAY, 16, {0x12, 0x34, 0x80, 0x80}}, {{18, 18, 18, 255}, {128, 128, 128, 255}}},
         {"GreyAlpha8", {2, 1, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {10, 0, 200, 99}}, {{10, 10, 10, 0}, {200, 200, 200, 99}}},
-        {"Rgb8", {2, 1, PNG_COLOR_TYPE_RGB, 8, {1, 2, 3, 250, 251, 252}}, {{1, 2, 3, 255}, {250, 251, 252, 255}}},
         {"Rgba16",
          {1, 1, PNG_COLOR_TYPE_RGBA, 16, {0xFF, 0xFF, 0x7F, 0x80, 0x00, 0x00, 0x12, 0x34}},
          {{255, 127, 0, 18}}},
