@@ -6,12 +6,6 @@
 
 namespace test_support {
 
-simhost::HostConfig ConfigFor(simhost::HostKind kind) {
-    simhost::HostConfig config;
-    config.kind = kind;
-    return config;
-}
-
 PluginBench::PluginBench(simhost::HostConfig config)
     : host(std::move(config)), plugin(host, simhost::DefaultPluginPath()) {}
 

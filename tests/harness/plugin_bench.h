@@ -37,11 +37,9 @@ struct CaseName {
     }
 };
 
-simhost::HostConfig ConfigFor(simhost::HostKind kind);
-
 struct PluginBench {
     explicit PluginBench(simhost::HostConfig config);
-    explicit PluginBench(simhost::HostKind kind) : PluginBench(ConfigFor(kind)) {}
+    explicit PluginBench(simhost::HostKind kind) : PluginBench(simhost::HostConfig{.kind = kind}) {}
 
     // A picture of the test's own, of pseudo-random pixels.
     REALpicture RandomPicture(simhost::Storage storage, int32_t width, int32_t height, uint32_t seed);

@@ -90,7 +90,7 @@ class MethodFaultTest : public ::testing::TestWithParam<FaultCase> {};
 
 TEST_P(MethodFaultTest, EveryMethodAnswersAsTheTableSaysAndHoldsNothing) {
     const FaultCase& fault = GetParam();
-    HostConfig config = test_support::ConfigFor(fault.kind);
+    HostConfig config{.kind = fault.kind};
     fault.configure(config);
     test_support::PluginBench bench(config);
     const test_support::Arguments arguments{.angle = fault.angle};

@@ -22,16 +22,10 @@ namespace methods = simhost::methods;
 
 namespace {
 
-simhost::HostConfig ConfigFor(HostKind kind) {
-    simhost::HostConfig config = test_support::ConfigFor(kind);
-    config.newPictureFill = 0x80402010;
-    return config;
-}
-
 class PictureMethodTest : public ::testing::TestWithParam<std::tuple<HostCase, const PictureMethod*>>,
                           protected test_support::PluginBench {
 protected:
-    PictureMethodTest() : PluginBench(ConfigFor(Host().kind)) {}
+    PictureMethodTest() : PluginBench({.kind = Host().kind, .newPictureFill = 0x80402010}) {}
     static const HostCase& Host() { return std::get<0>(GetParam()); }
     static const PictureMethod& Method() { return *std::get<1>(GetParam()); }
     // A 16-bit world, or a picture the host only describes, is read through a
@@ -113,9 +107,7 @@ TEST(PictureMethodCalls, NilReceiversAndEmptySizesGiveNil) {
 // The picture's turn makes three new pictures and the cut one the fourth; the
 // mask's turn fails from the fifth on, and the picture comes back without it.
 TEST(PictureMethodCalls, AFailedMaskTurnLeavesTheMaskOut) {
-    simhost::HostConfig config;
-    config.newPictureFailsFromCall = 5;
-    test_support::PluginBench bench(config);
+    test_support::PluginBench bench(simhost::HostConfig{.newPictureFailsFromCall = 5});
     REALpicture source = bench.RandomPicture(Storage::GWorld32, 20, 10, 4);
     bench.host.SetMask(source, bench.RandomPicture(Storage::GWorld32, 20, 10, 5));
     bench.host.Release(bench.host.MaskOf(source));

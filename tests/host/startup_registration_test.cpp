@@ -25,13 +25,6 @@ std::string AsModuleMethod(const std::string& declaration) {
            declaration.substr(split + (parameters ? 1 : 0));
 }
 
-simhost::HostConfig ConfigFor(std::optional<double> version, std::set<std::string> missing = {}) {
-    simhost::HostConfig config;
-    config.version = version;
-    config.missingEntryPoints = std::move(missing);
-    return config;
-}
-
 // Where each registered function lies in the library, comparable between loads.
 std::vector<uintptr_t> FunctionOffsets(const Registration& registration) {
     std::vector<uintptr_t> offsets;
@@ -46,7 +39,7 @@ std::vector<uintptr_t> FunctionOffsets(const Registration& registration) {
 
 // The functions of the table as registered unchanged, by a 2012.0 host.
 std::vector<uintptr_t> TableFunctionOffsets() {
-    simhost::SimulatedHost host(ConfigFor(2012.0));
+    simhost::SimulatedHost host({.version = 2012.0});
     simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
     return FunctionOffsets(host.registration());
 }
@@ -65,7 +58,7 @@ class StartupTest : public ::testing::TestWithParam<VersionCase> {};
 TEST_P(StartupTest, RegistersTheFormThisHostUnderstands) {
     const VersionCase& c = GetParam();
     const std::vector<uintptr_t> tableFunctions = TableFunctionOffsets();
-    simhost::SimulatedHost host(ConfigFor(c.version));
+    simhost::SimulatedHost host({.version = c.version});
     simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
     const Registration& registration = host.registration();
 
@@ -118,7 +111,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(StartupWithoutAnnouncement, StillRegisters) {
     for (std::optional<double> version : {std::optional<double>{}, std::optional<double>{2013.04}}) {
-        simhost::SimulatedHost host(ConfigFor(version, {"RegisterPluginVersion"}));
+        simhost::SimulatedHost host({.version = version, .missingEntryPoints = {"RegisterPluginVersion"}});
         simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
         EXPECT_FALSE(host.registration().announcedVersion.has_value());
         EXPECT_EQ(host.registration().form, version ? Form::Module : Form::ClassExtension);
@@ -135,7 +128,7 @@ struct MissingRegistrationCase {
 class StartupWithoutRegistrationTest : public ::testing::TestWithParam<MissingRegistrationCase> {};
 
 TEST_P(StartupWithoutRegistrationTest, RegistersNothingAndAsksOnce) {
-    simhost::SimulatedHost host(ConfigFor(GetParam().version, {GetParam().entryPoint}));
+    simhost::SimulatedHost host({.version = GetParam().version, .missingEntryPoints = {GetParam().entryPoint}});
     simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
     EXPECT_EQ(host.registration().form, Form::Nothing);
     EXPECT_EQ(host.registration().registrations, 0);
@@ -150,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, StartupWithoutRegistrationTest,
 // A host that can release but not make pictures: nothing is made, nothing is
 // released that was not taken, and each call asks for the missing entry point anew.
 TEST(StartupEntryPoints, AMissingEntryPointIsAskedForAgainAtEachCall) {
-    simhost::SimulatedHost host(ConfigFor(2013.04, {"newPicture"}));
+    simhost::SimulatedHost host({.version = 2013.04, .missingEntryPoints = {"newPicture"}});
     simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
     REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 3, 2);
     for (int call = 1; call <= 2; ++call) {

@@ -8,21 +8,12 @@
 #include "tests/support/pictures.h"
 #include "tests/unit/started_host.h"
 
-using simhost::HostKind;
 using simhost::Storage;
 
 namespace {
 
-simhost::HostConfig DesktopWithout(std::set<std::string> missingFunctions, bool installed = true) {
-    simhost::HostConfig config;
-    config.kind = HostKind::Desktop;
-    config.system.applicationServicesInstalled = installed;
-    config.system.missingFunctions = std::move(missingFunctions);
-    return config;
-}
-
 TEST(LegacyBridge, WithoutTheFrameworkEveryCallIsUnavailableAndLoadsAgain) {
-    StartedHost host(DesktopWithout({}, false));
+    StartedHost host({.system = {.applicationServicesInstalled = false}});
     REALpicture world = host.MakePicture(Storage::GWorld32, 4, 4);
     PictureReader reader;
     EXPECT_FALSE(reader.GetPictureEditor(world, true, false));
@@ -41,7 +32,7 @@ TEST(LegacyBridge, WithoutTheFrameworkEveryCallIsUnavailableAndLoadsAgain) {
 }
 
 TEST(LegacyBridge, AFoundFunctionIsNeverLookedUpAgain) {
-    StartedHost host(DesktopWithout({}));
+    StartedHost host;
     legacy::ResetDrawingPort();
     const int lookups = macos_system::GetCounters().functionLookups;
     for (int i = 0; i < 3; ++i) legacy::ResetDrawingPort();
@@ -52,7 +43,7 @@ TEST(LegacyBridge, AFoundFunctionIsNeverLookedUpAgain) {
 // Without UnlockPixels the pixel lock a reader took cannot be given back, and the
 // ledger says so. (Every other missing function is a row of the method fault table.)
 TEST(LegacyBridge, WithoutUnlockPixelsTheLockStaysOut) {
-    StartedHost host(DesktopWithout({"UnlockPixels"}));
+    StartedHost host({.system = {.missingFunctions = {"UnlockPixels"}}});
     REALpicture world = host.MakePicture(Storage::GWorld32, 5, 3);
     test_support::FillRandom(host, world, 9);
     {

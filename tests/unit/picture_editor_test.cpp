@@ -22,15 +22,9 @@ struct EditorCase {
     const char* name;
 };
 
-simhost::HostConfig HostOfKind(HostKind kind) {
-    simhost::HostConfig config;
-    config.kind = kind;
-    return config;
-}
-
 class EditorTest : public ::testing::TestWithParam<EditorCase> {
 protected:
-    EditorTest() : host_(HostOfKind(GetParam().kind)) {}
+    EditorTest() : host_({.kind = GetParam().kind}) {}
     REALpicture MakeRandomPicture(int32_t width, int32_t height, uint32_t seed) {
         REALpicture picture = host_.MakePicture(GetParam().storage, width, height);
         test_support::FillRandom(host_, picture, seed);
@@ -126,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
 class MalformedRecordTest : public ::testing::TestWithParam<simhost::SimulatedHost::RecordDefect> {};
 
 TEST_P(MalformedRecordTest, IsRefused) {
-    StartedHost host(HostOfKind(HostKind::Console));
+    StartedHost host({.kind = HostKind::Console});
     REALpicture picture = host.MakePicture(Storage::HostBitmap, 4, 3);
     host.MalformRecord(picture, GetParam());
     for (bool forWriting : {false, true}) {

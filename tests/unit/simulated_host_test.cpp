@@ -44,13 +44,6 @@ void Draw(REALpicture destination, REALpicture source, int32_t x, int32_t y, int
     UnlockObject()(graphics);
 }
 
-HostConfig Console(double version = 2019.0) {
-    HostConfig config;
-    config.kind = HostKind::Console;
-    config.version = version;
-    return config;
-}
-
 // Each careless act, done on a fresh console host with one picture; the ledger
 // must name it.
 struct CarelessCase {
@@ -95,7 +88,7 @@ const CarelessCase kCarelessCases[] = {
 class CarelessTest : public ::testing::TestWithParam<CarelessCase> {};
 
 TEST_P(CarelessTest, TheLedgerNamesIt) {
-    SimulatedHost host(Console(GetParam().version));
+    SimulatedHost host({.version = GetParam().version, .kind = HostKind::Console});
     REALpicture picture = host.MakePicture(Storage::HostBitmap, 3, 2);
     ASSERT_TRUE(host.LedgerProblems().empty());
     GetParam().act(host, picture);
@@ -106,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(Acts, CarelessTest, ::testing::ValuesIn(kCarelessCases)
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(SimulatedHost, OldHostsExpectAnUnlockAfterAFailedLock) {
-    SimulatedHost host(Console(2011.99));
+    SimulatedHost host({.version = 2011.99, .kind = HostKind::Console});
     REALpicture picture = host.MakePicture(Storage::HostBitmap, 3, 2);
     REALpictureDescription description{};
     EXPECT_FALSE(LockAs()(picture, &description, 4));
@@ -115,7 +108,7 @@ TEST(SimulatedHost, OldHostsExpectAnUnlockAfterAFailedLock) {
 }
 
 TEST(SimulatedHost, HostBitmapRowsLieApartAndTheRecordIsAsDocumented) {
-    SimulatedHost host(Console());
+    SimulatedHost host({.kind = HostKind::Console});
     REALpicture picture = host.MakePicture(Storage::HostBitmap, 5, 3);
     host.SetPixel(picture, 4, 2, Rgba{1, 2, 3, 255});
     REALpictureDescription description{};
@@ -140,10 +133,7 @@ TEST(SimulatedHost, HostBitmapRowsLieApartAndTheRecordIsAsDocumented) {
 class SameStorageTest : public ::testing::TestWithParam<Storage> {};
 
 TEST_P(SameStorageTest, FillAndDrawStoreWhatWriteStores) {
-    HostConfig config;
-    config.newPictureStorage = GetParam();
-    config.newPictureFill = 0x80402010;
-    SimulatedHost host(config);
+    SimulatedHost host({.newPictureFill = 0x80402010, .newPictureStorage = GetParam()});
     REALpicture source = host.MakePicture(GetParam(), 3, 2);
     REALpicture expected = host.MakePicture(GetParam(), 5, 3);
     for (int32_t y = 0; y < 3; ++y)
