@@ -38,9 +38,6 @@ TEST_P(AddClassParameterTest, PutsTheExtendedObjectFirst) {
 INSTANTIATE_TEST_SUITE_P(
     Shapes, AddClassParameterTest,
     ::testing::Values(
-        RewriteCase{"RotateQLM(angle as double, background as color = &cFFFFFFFF) as picture",
-                    "RotateQLM(extends ref as Picture, angle as double, background as color = &cFFFFFFFF) as picture"},
-        RewriteCase{"Rotate90QLM as picture", "Rotate90QLM(extends ref as Picture) as picture"},
         RewriteCase{"Refresh", "Refresh(extends ref as Picture)"},
         RewriteCase{"Odd (x as integer)", "Odd(extends ref as Picture) (x as integer)"},
         RewriteCase{"Empty() as integer", "Empty(extends ref as Picture, ) as integer"},
