@@ -9,7 +9,6 @@
 #include "platform/xojo/rb_plugin.h"
 #include "simhost/simulated_host.h"
 
-using simhost::HostConfig;
 using simhost::HostKind;
 using simhost::Rgba;
 using simhost::SimulatedHost;
@@ -30,19 +29,6 @@ const auto LockAs = [] {
 const auto Unlock = [] { return EntryPoint<void (*)(REALpicture)>("unlockPictureDescription"); };
 
 const auto NewPicture = [] { return EntryPoint<REALpicture (*)(int32_t, int32_t, int32_t)>("newPicture"); };
-
-// Draws through the graphics object of destination, as a plug-in does.
-void Draw(REALpicture destination, REALpicture source, int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx,
-          int32_t sy) {
-    REALobject graphics = EntryPoint<REALobject (*)(REALpicture)>("pluginPictureGraphicsGetter")(destination);
-    auto draw = reinterpret_cast<void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t,
-                                          int32_t, int32_t, int32_t)>(
-        EntryPoint<void* (*)(REALobject, const char*)>("REALLoadObjectMethod")(graphics,
-                                                                                simhost::kDrawPictureDeclaration));
-    ASSERT_NE(draw, nullptr);
-    draw(graphics, source, x, y, w, h, sx, sy, w, h);
-    UnlockObject()(graphics);
-}
 
 // Each careless act, done on a fresh console host with one picture; the ledger
 // must name it.
@@ -126,37 +112,5 @@ TEST(SimulatedHost, HostBitmapRowsLieApartAndTheRecordIsAsDocumented) {
     host.Release(picture);
     EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
 }
-
-// The host's own whole-row fill and copy store each pixel exactly as its
-// per-pixel Write would (a host bitmap keeps 7 bits of alpha even when the
-// source's eighth was set by raw bytes).
-class SameStorageTest : public ::testing::TestWithParam<Storage> {};
-
-TEST_P(SameStorageTest, FillAndDrawStoreWhatWriteStores) {
-    SimulatedHost host({.newPictureFill = 0x80402010, .newPictureStorage = GetParam()});
-    REALpicture source = host.MakePicture(GetParam(), 3, 2);
-    REALpicture expected = host.MakePicture(GetParam(), 5, 3);
-    for (int32_t y = 0; y < 3; ++y)
-        for (int32_t x = 0; x < 5; ++x) host.SetPixel(expected, x, y, Rgba{0x40, 0x20, 0x10, 0x80});
-    uint8_t byte = 0x5B;
-    for (int32_t y = 0; y < 2; ++y)
-        for (int32_t x = 0; x < 3; ++x) {
-            std::vector<uint8_t> raw = host.RawPixel(source, x, y);
-            for (uint8_t& b : raw) b = byte += 0x3D;
-            host.SetRawPixel(source, x, y, raw);
-            host.SetPixel(expected, x + 1, y + 1, host.GetPixel(source, x, y));
-        }
-    REALpicture destination = NewPicture()(5, 3, 32);
-    Draw(destination, source, 1, 1, 3, 2, 0, 0);
-    for (int32_t y = 0; y < 3; ++y)
-        for (int32_t x = 0; x < 5; ++x)
-            EXPECT_EQ(host.RawPixel(destination, x, y), host.RawPixel(expected, x, y)) << x << "," << y;
-    for (REALpicture picture : {destination, expected, source}) host.Release(picture);
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
-}
-
-INSTANTIATE_TEST_SUITE_P(Storages, SameStorageTest,
-                         ::testing::Values(Storage::GWorld32, Storage::GWorld24, Storage::GWorld16,
-                                           Storage::HostBitmap));
 
 }  // namespace
