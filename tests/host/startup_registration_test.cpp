@@ -140,19 +140,4 @@ INSTANTIATE_TEST_SUITE_P(Forms, StartupWithoutRegistrationTest,
                                            MissingRegistrationCase{2012.0, "PluginRegisterClassExtension"},
                                            MissingRegistrationCase{2013.04, "PluginRegisterModule"}));
 
-// A host that can release but not make pictures: nothing is made, nothing is
-// released that was not taken, and each call asks for the missing entry point anew.
-TEST(StartupEntryPoints, AMissingEntryPointIsAskedForAgainAtEachCall) {
-    simhost::SimulatedHost host({.version = 2013.04, .missingEntryPoints = {"newPicture"}});
-    simhost::PluginLibrary plugin(host, simhost::DefaultPluginPath());
-    REALpicture source = host.MakePicture(simhost::Storage::GWorld32, 3, 2);
-    for (int call = 1; call <= 2; ++call) {
-        const int lookupsBefore = host.Lookups("newPicture");
-        EXPECT_EQ(plugin.Call<REALpicture>(simhost::methods::kClone, source), nullptr);
-        EXPECT_EQ(host.Lookups("newPicture"), lookupsBefore + 1) << "call " << call;
-    }
-    EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
-    host.Release(source);
-}
-
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/method_models.h"
 #include "tests/support/rotation_model.h"
 #include "tests/tools/pixturn_runner.h"
 
@@ -23,24 +24,7 @@ using test_support::Rearranged;
 using test_support::Rearrangement;
 
 constexpr uint32_t kAllOnes = 0xFFFFFFFF;
-
-// The top-left width x height of a picture drawn into a new picture of the
-// host's, which starts opaque white.
-Image Cropped(const Image& from, int32_t left, int32_t top, int32_t width, int32_t height) {
-    Image to{width, height, std::vector<Rgba>(static_cast<size_t>(width) * height, Rgba{255, 255, 255, 255})};
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
-            if (left + x >= 0 && top + y >= 0 && left + x < from.width && top + y < from.height)
-                to.at(x, y) = from.at(left + x, top + y);
-    return to;
-}
-
-// RotateImageAndMaskQLM with cut: the centre of the whole turn, at the
-// receiver's size.
-Image CutCentre(const Image& turned, const Image& receiver) {
-    return Cropped(turned, (turned.width - receiver.width) / 2, (turned.height - receiver.height) / 2, receiver.width,
-                   receiver.height);
-}
+constexpr Rgba kWhite{255, 255, 255, 255};  // what the host's new pictures start as
 
 struct MethodCase {
     const char* name;
@@ -83,7 +67,7 @@ const MethodCase kMethods[] = {
     {"RotateNamed", {"rotate", "--angle", "10", "--background", "Navy"},
      [](auto& in) { return Rotated(in, 10, 0xFF000080); }},
     {"RotateMaskCut", {"rotate-mask", "--angle", "30", "--cut"},
-     [](auto& in) { return CutCentre(Rotated(in, 30, kAllOnes), in); }},
+     [](auto& in) { return test_support::CutFromCentre(Rotated(in, 30, kAllOnes), in.width, in.height, kWhite); }},
     {"Rotate90", {"rotate90"}, [](auto& in) { return Rearranged(in, Rearrangement::QuarterAnticlockwise); }},
     {"Rotate180", {"rotate180"}, [](auto& in) { return Rearranged(in, Rearrangement::BothWays); }},
     {"Rotate270", {"rotate270"}, [](auto& in) { return Rearranged(in, Rearrangement::QuarterClockwise); }},
@@ -94,7 +78,8 @@ const MethodCase kMethods[] = {
     {"HMirrorInPlace", {"hmirror-in-place"}, [](auto& in) { return Rearranged(in, Rearrangement::LeftRight); }},
     {"VMirrorInPlace", {"vmirror-in-place"}, [](auto& in) { return Rearranged(in, Rearrangement::TopBottom); }},
     {"Clone", {"clone"}, [](auto& in) { return in; }},
-    {"CloneToSize", {"clone", "--size", "13x4"}, [](auto& in) { return Cropped(in, 0, 0, 13, 4); }},
+    {"CloneToSize", {"clone", "--size", "13x4"},
+     [](auto& in) { return *test_support::ModelMethod(simhost::methods::kCloneToSize, in, {.width = 13, .height = 4}, {}); }},
     {"Bitmap", {"bitmap"}, [](auto& in) { return in; }},
     {"RotateOnDesktop", RotateOn("desktop"), [](auto& in) { return RotatedOn(in, Storage::GWorld32); }},
     {"RotateOnDesktop24", RotateOn("desktop24"),
