@@ -90,6 +90,22 @@ TEST_P(EditorTest, RenderHandsOverOneReferenceAndKeepsNone) {
     host_.Release(result);
 }
 
+// Each pass of a rotation binds its own editors afresh, so nothing in the
+// methods rebinds one: only this test sees the first binding given back.
+TEST_P(EditorTest, RebindingReleasesTheFirstPicture) {
+    REALpicture first = MakeRandomPicture(2, 2, 7);
+    REALpicture second = MakeRandomPicture(3, 3, 8);
+    PictureReader reader;
+    ASSERT_TRUE(reader.GetPictureEditor(first, true, false));
+    ASSERT_TRUE(reader.GetPictureEditor(second, true, false));
+    EXPECT_EQ(host_.References(first), 1);
+    EXPECT_FALSE(reader.GetPictureEditor(nullptr, true, false));
+    EXPECT_EQ(reader.picture, nullptr);
+    host_.Release(first);
+    host_.Release(second);
+    EXPECT_EQ(host_.LedgerProblems(), std::vector<std::string>{});
+}
+
 INSTANTIATE_TEST_SUITE_P(
     StorageKinds, EditorTest,
     ::testing::Values(EditorCase{HostKind::Desktop, Storage::GWorld32, "Desktop32"},
