@@ -2,7 +2,7 @@
 
 #include "picture/legacy_bridge.h"
 #include "plugin/host_entry_points.h"
-#include "plugin/startup_state.h"
+#include "plugin/process_state.h"
 
 REALpicture NewDepth32Picture(int32_t width, int32_t height) {
     // The host makes no picture with a side outside 1..32767, and asking is a fault.

@@ -1,10 +1,9 @@
 #include "picture/legacy_bridge.h"
 
 #include "platform/macos/CoreServices.h"
+#include "plugin/process_state.h"
 
 namespace {
-
-CFBundleRef ApplicationServicesFramework = nullptr;
 
 // Loads a framework bundle from the system disk's frameworks folder.
 CFBundleRef LoadFrameworkBundle(CFStringRef name) {
@@ -27,19 +26,20 @@ CFBundleRef LoadFrameworkBundle(CFStringRef name) {
     return bundle;
 }
 
-// A QuickDraw function found by name in ApplicationServices and kept once found.
+// A QuickDraw function found by name in ApplicationServices and kept in its slot
+// once found.
 template <typename Proc>
 class LegacyFunction {
 public:
-    constexpr explicit LegacyFunction(const char* name) : name_(name) {}
+    constexpr LegacyFunction(const char* name, Proc* slot) : name_(name), address_(slot) {}
 
     Proc Find() const {
-        if (address_ != nullptr) return address_;
-        if (ApplicationServicesFramework == nullptr)
-            ApplicationServicesFramework = LoadFrameworkBundle(CFSTR("ApplicationServices.framework"));
-        if (ApplicationServicesFramework == nullptr) return nullptr;
-        address_ = reinterpret_cast<Proc>(CFBundleGetFunctionPointerForName(ApplicationServicesFramework, CFSTR(name_)));
-        return address_;
+        if (*address_ != nullptr) return *address_;
+        CFBundleRef& framework = gLegacyFunctions.ApplicationServicesFramework;
+        if (framework == nullptr) framework = LoadFrameworkBundle(CFSTR("ApplicationServices.framework"));
+        if (framework == nullptr) return nullptr;
+        *address_ = reinterpret_cast<Proc>(CFBundleGetFunctionPointerForName(framework, CFSTR(name_)));
+        return *address_;
     }
 
     template <typename... Arguments>
@@ -50,41 +50,41 @@ public:
 
 private:
     const char* name_;
-    mutable Proc address_ = nullptr;
+    Proc* address_;
 };
 
-const LegacyFunction<SetGWorldProc> _SetGWorld{"SetGWorld"};
-const LegacyFunction<GetPortPixMapProc> _GetPortPixMap{"GetPortPixMap"};
-const LegacyFunction<GetPixDepthProc> _GetPixDepth{"GetPixDepth"};
-const LegacyFunction<UnlockPixelsProc> _UnlockPixels{"UnlockPixels"};
-const LegacyFunction<LockPixelsProc> _LockPixels{"LockPixels"};
-const LegacyFunction<GetGWorldPixMapProc> _GetGWorldPixMap{"GetGWorldPixMap"};
-const LegacyFunction<GetPixBaseAddrProc> _GetPixBaseAddr{"GetPixBaseAddr"};
-const LegacyFunction<GetPixRowBytesProc> _GetPixRowBytes{"GetPixRowBytes"};
+constexpr LegacyFunction<SetGWorldProc> SetGWorldFunction{"SetGWorld", &gLegacyFunctions._SetGWorld};
+constexpr LegacyFunction<GetPortPixMapProc> GetPortPixMapFunction{"GetPortPixMap", &gLegacyFunctions._GetPortPixMap};
+constexpr LegacyFunction<GetPixDepthProc> GetPixDepthFunction{"GetPixDepth", &gLegacyFunctions._GetPixDepth};
+constexpr LegacyFunction<UnlockPixelsProc> UnlockPixelsFunction{"UnlockPixels", &gLegacyFunctions._UnlockPixels};
+constexpr LegacyFunction<LockPixelsProc> LockPixelsFunction{"LockPixels", &gLegacyFunctions._LockPixels};
+constexpr LegacyFunction<GetGWorldPixMapProc> GetGWorldPixMapFunction{"GetGWorldPixMap", &gLegacyFunctions._GetGWorldPixMap};
+constexpr LegacyFunction<GetPixBaseAddrProc> GetPixBaseAddrFunction{"GetPixBaseAddr", &gLegacyFunctions._GetPixBaseAddr};
+constexpr LegacyFunction<GetPixRowBytesProc> GetPixRowBytesFunction{"GetPixRowBytes", &gLegacyFunctions._GetPixRowBytes};
 
 }  // namespace
 
 namespace legacy {
 
 void ResetDrawingPort() {
-    if (SetGWorldProc setGWorld = _SetGWorld.Find()) setGWorld(nullptr, nullptr);
+    if (SetGWorldProc setGWorld = SetGWorldFunction.Find()) setGWorld(nullptr, nullptr);
 }
 
-std::optional<PixMapHandle> GetPortPixMap(CGrafPtr port) { return _GetPortPixMap(port); }
-std::optional<PixMapHandle> GetGWorldPixMap(GWorldPtr world) { return _GetGWorldPixMap(world); }
-std::optional<int16_t> GetPixDepth(PixMapHandle pixMap) { return _GetPixDepth(pixMap); }
+std::optional<PixMapHandle> GetPortPixMap(CGrafPtr port) { return GetPortPixMapFunction(port); }
+std::optional<PixMapHandle> GetGWorldPixMap(GWorldPtr world) { return GetGWorldPixMapFunction(world); }
+std::optional<int16_t> GetPixDepth(PixMapHandle pixMap) { return GetPixDepthFunction(pixMap); }
 std::optional<bool> LockPixels(PixMapHandle pixMap) {
-    if (auto locked = _LockPixels(pixMap)) return *locked != 0;
+    if (auto locked = LockPixelsFunction(pixMap)) return *locked != 0;
     return std::nullopt;
 }
 bool UnlockPixels(PixMapHandle pixMap) {
-    if (UnlockPixelsProc unlockPixels = _UnlockPixels.Find()) {
+    if (UnlockPixelsProc unlockPixels = UnlockPixelsFunction.Find()) {
         unlockPixels(pixMap);
         return true;
     }
     return false;
 }
-std::optional<Ptr> GetPixBaseAddr(PixMapHandle pixMap) { return _GetPixBaseAddr(pixMap); }
-std::optional<int32_t> GetPixRowBytes(PixMapHandle pixMap) { return _GetPixRowBytes(pixMap); }
+std::optional<Ptr> GetPixBaseAddr(PixMapHandle pixMap) { return GetPixBaseAddrFunction(pixMap); }
+std::optional<int32_t> GetPixRowBytes(PixMapHandle pixMap) { return GetPixRowBytesFunction(pixMap); }
 
 }  // namespace legacy

@@ -7,9 +7,6 @@
 #include "picture/legacy_bridge.h"
 #include "plugin/host_entry_points.h"
 
-bool IsDesktop = false;
-bool IsConsole = false;
-
 namespace {
 
 // Asked once per process; a host that answers for none of the three classes

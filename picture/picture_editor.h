@@ -77,7 +77,3 @@ class PictureWriter : public PictureEditor {};
 // back to the host. False when the host made no picture, it could not be bound, or
 // it is not of the size asked for.
 bool BindNewPicture(PictureWriter& writer, int32_t width, int32_t height);
-
-// Which way pictures are reached; decided on the first binding of the process.
-extern bool IsDesktop;
-extern bool IsConsole;

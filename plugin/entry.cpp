@@ -5,18 +5,8 @@
 // classes that way, as a module of global methods.
 #include "plugin/definitions.h"
 #include "plugin/host_entry_points.h"
+#include "plugin/process_state.h"
 #include "plugin/registration_forms.h"
-#include "plugin/startup_state.h"
-
-REALResolver gResolver = nullptr;
-double rbversion_rbversion = 0.0;
-int32_t CurrentREALControlVersion = 13;
-const char* gpartname = nullptr;
-// Kept so that the module and everything it points at visibly belong to the
-// process to its end, as the host's pointers into them require. Outside the
-// anonymous namespace: a variable only ever written there would be optimised
-// away, and with it the only pointer to the module.
-REALmoduleDefinition* gExtensionModule = nullptr;
 
 namespace {
 
@@ -26,8 +16,7 @@ struct DefinitionVersionBand {
     int32_t definitionVersion;
 };
 constexpr DefinitionVersionBand kDefinitionVersionBands[] = {
-    {2013.04, 13}, {2013.03, 12}, {2013.0, 11}, {2012.0, 10}};
-constexpr int32_t kOldestDefinitionVersion = 9;
+    {2013.04, kNewestDefinitionVersion}, {2013.03, 12}, {2013.0, 11}, {2012.0, 10}};
 
 constexpr double kFirstHostWithEightDigitColours = 2011.04;
 // Hosts in this range take additions to a built-in class only as a module.

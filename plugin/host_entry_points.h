@@ -14,8 +14,7 @@
 #pragma once
 
 #include "platform/xojo/rb_plugin.h"
-
-extern REALResolver gResolver;
+#include "plugin/process_state.h"
 
 template <typename Signature>
 class HostEntryPoint;
@@ -23,22 +22,22 @@ class HostEntryPoint;
 template <typename Result, typename... Arguments>
 class HostEntryPoint<Result(Arguments...)> {
 public:
-    constexpr explicit HostEntryPoint(const char* lookedUpAs) : name_(lookedUpAs) {}
+    constexpr HostEntryPoint(const char* lookedUpAs, void** slot) : name_(lookedUpAs), slot_(slot) {}
 
     Result operator()(Arguments... arguments) const {
         if (!IsAvailable()) return Result();
-        return reinterpret_cast<Result (*)(Arguments...)>(slot_)(arguments...);
+        return reinterpret_cast<Result (*)(Arguments...)>(*slot_)(arguments...);
     }
 
     // Looks the entry point up (the same rule as a call) without calling it.
     bool IsAvailable() const {
-        if (slot_ == nullptr && gResolver != nullptr) slot_ = gResolver(name_);
-        return slot_ != nullptr;
+        if (*slot_ == nullptr && gResolver != nullptr) *slot_ = gResolver(name_);
+        return *slot_ != nullptr;
     }
 
 private:
     const char* name_;
-    mutable void* slot_ = nullptr;
+    void** slot_;
 };
 
 // Two entry points of different signatures behind one plug-in-side name; each
@@ -53,17 +52,18 @@ struct HostOverloads : EntryPoints... {
 using LockPictureDescriptionAny = HostEntryPoint<void(REALpicture, REALpictureDescription*)>;
 using LockPictureDescriptionAsType = HostEntryPoint<bool(REALpicture, REALpictureDescription*, int32_t type)>;
 
-// Signature as the plug-in uses it, the plug-in-side name, and {the name the host knows}.
-inline const HostEntryPoint<void(REALclassDefinition*)>                              REALRegisterClassExtension{"PluginRegisterClassExtension"};
-inline const HostEntryPoint<void(REALmoduleDefinition*)>                             REALRegisterModule{"PluginRegisterModule"};
-inline const HostEntryPoint<REALpicture(int32_t width, int32_t height, int32_t depth)> REALNewPicture{"newPicture"};
-inline const HostOverloads<LockPictureDescriptionAny, LockPictureDescriptionAsType>  REALLockPictureDescription{LockPictureDescriptionAny{"lockPictureDescription"}, LockPictureDescriptionAsType{"REALLockPictureDescription"}};
-inline const HostEntryPoint<void(REALpicture)>                                       REALUnlockPictureDescription{"unlockPictureDescription"};
-inline const HostEntryPoint<void(REALpicture)>                                       REALPictureClearCache{"REALPictureClearCache"};
-inline const HostEntryPoint<void(REALobject)>                                        REALLockObject{"REALLockObject"};
-inline const HostEntryPoint<void(REALobject)>                                        REALUnlockObject{"REALUnlockObject"};
-inline const HostEntryPoint<REALobject(REALpicture)>                                 REALGetPictureGraphics{"pluginPictureGraphicsGetter"};
-inline const HostEntryPoint<void*(REALobject, const char* declaration)>              REALLoadObjectMethod{"REALLoadObjectMethod"};
-inline const HostEntryPoint<bool(REALobject, const char* property, int32_t* value)>  REALGetPropValueInt32{"REALGetPropValueInt"};
-inline const HostEntryPoint<REALpicture(REALpicture, uint8_t create)>                REALGetPictureMask{"REALGetPictureMask"};
-inline const HostEntryPoint<void*(const char* className)>                            REALGetClassRef{"pluginObjectType"};
+// Signature as the plug-in uses it, the plug-in-side name, and {the name the host
+// knows, the cache slot}.
+inline constexpr HostEntryPoint<void(REALclassDefinition*)>                              REALRegisterClassExtension{"PluginRegisterClassExtension", &gHostEntryPointSlots.pRegisterClassExtension};
+inline constexpr HostEntryPoint<void(REALmoduleDefinition*)>                             REALRegisterModule{"PluginRegisterModule", &gHostEntryPointSlots.pRegisterModule};
+inline constexpr HostEntryPoint<REALpicture(int32_t width, int32_t height, int32_t depth)> REALNewPicture{"newPicture", &gHostEntryPointSlots.pNewPicture};
+inline constexpr HostOverloads<LockPictureDescriptionAny, LockPictureDescriptionAsType>  REALLockPictureDescription{LockPictureDescriptionAny{"lockPictureDescription", &gHostEntryPointSlots.pLockPictureDescription}, LockPictureDescriptionAsType{"REALLockPictureDescription", &gHostEntryPointSlots.pLockPictureDescriptionAsType}};
+inline constexpr HostEntryPoint<void(REALpicture)>                                       REALUnlockPictureDescription{"unlockPictureDescription", &gHostEntryPointSlots.pUnlockPictureDescription};
+inline constexpr HostEntryPoint<void(REALpicture)>                                       REALPictureClearCache{"REALPictureClearCache", &gHostEntryPointSlots.pPictureClearCache};
+inline constexpr HostEntryPoint<void(REALobject)>                                        REALLockObject{"REALLockObject", &gHostEntryPointSlots.pLockObject};
+inline constexpr HostEntryPoint<void(REALobject)>                                        REALUnlockObject{"REALUnlockObject", &gHostEntryPointSlots.pUnlockObject};
+inline constexpr HostEntryPoint<REALobject(REALpicture)>                                 REALGetPictureGraphics{"pluginPictureGraphicsGetter", &gHostEntryPointSlots.pGetPictureGraphics};
+inline constexpr HostEntryPoint<void*(REALobject, const char* declaration)>              REALLoadObjectMethod{"REALLoadObjectMethod", &gHostEntryPointSlots.pLoadObjectMethod};
+inline constexpr HostEntryPoint<bool(REALobject, const char* property, int32_t* value)>  REALGetPropValueInt32{"REALGetPropValueInt", &gHostEntryPointSlots.pGetPropValue};
+inline constexpr HostEntryPoint<REALpicture(REALpicture, uint8_t create)>                REALGetPictureMask{"REALGetPictureMask", &gHostEntryPointSlots.pGetPictureMask};
+inline constexpr HostEntryPoint<void*(const char* className)>                            REALGetClassRef{"pluginObjectType", &gHostEntryPointSlots.pGetClassRef};

@@ -6,14 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "plugin/definitions.h"
 #include "plugin/registration_forms.h"
 
 namespace {
 
 static_assert(offsetof(REALpropertyV9, enumEntries) == offsetof(REALproperty, enumEntries),
               "the older property is the first ten words of the newer one");
-
-constexpr int32_t kOlderDefinitionVersion = 9;
 
 // A table of the older entries is needed and could not be made.
 bool Missing(const void* rebuilt, const void* original, int32_t count) {
@@ -42,7 +41,7 @@ REALpropertyV9* FixProperties(const REALproperty* properties, int32_t count) {
 bool ConvertToOlderLayout(REALclassDefinition& definition) {
     auto* older = static_cast<REALclassDefinitionV9*>(std::calloc(1, sizeof(REALclassDefinitionV9)));
     if (older == nullptr) return false;
-    older->version = kOlderDefinitionVersion;
+    older->version = kOldestDefinitionVersion;
     older->name = definition.name;
     older->superName = definition.superName;
     older->dataSize = definition.dataSize;

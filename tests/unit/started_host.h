@@ -2,7 +2,7 @@
 // values REALPluginMain would set (the resolver, the host version) point at it.
 #pragma once
 
-#include "plugin/startup_state.h"
+#include "plugin/process_state.h"
 #include "simhost/simulated_host.h"
 
 struct StartedHost : simhost::SimulatedHost {

@@ -37,7 +37,8 @@ TEST_P(EntryPointCacheTest, AsksUntilTheHostAnswersThenNeverAgain) {
     gResolver = TestResolver;
     gLookups = gTargetCalls = 0;
     gAnswersFromLookup = GetParam().answersFromLookup;
-    const HostEntryPoint<int32_t(int32_t)> twice{"Twice"};
+    void* slot = nullptr;
+    const HostEntryPoint<int32_t(int32_t)> twice{"Twice", &slot};
     int expectedTargetCalls = 0;
     for (int32_t expected : GetParam().results) {
         EXPECT_EQ(twice(21), expected);
@@ -55,7 +56,8 @@ INSTANTIATE_TEST_SUITE_P(Resolvers, EntryPointCacheTest,
 
 TEST(EntryPointCache, NoResolverAnswersZero) {
     gResolver = nullptr;
-    const HostEntryPoint<int32_t(int32_t)> twice{"Twice"};
+    void* slot = nullptr;
+    const HostEntryPoint<int32_t(int32_t)> twice{"Twice", &slot};
     EXPECT_EQ(twice(21), 0);
     EXPECT_FALSE(twice.IsAvailable());
 }
