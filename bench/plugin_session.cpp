@@ -4,6 +4,7 @@
 
 #include "bench/heap_counter.h"
 #include "bench/test_card.h"
+#include "simhost/built_plugin.h"
 
 namespace bench {
 

@@ -5,12 +5,16 @@
 
 namespace simhost {
 
-const RegisteredMethod* PluginLibrary::Find(const PictureMethod& method) const {
+const RegisteredMethod* Registration::Find(const PictureMethod& method) const {
     const std::string wanted = DeclarationSignature(method.declaration);
-    for (const RegisteredMethod& registered : host_.registration().methods)
+    for (const RegisteredMethod& registered : methods)
         if (registered.function != nullptr && DeclarationSignature(registered.declaration) == wanted)
             return &registered;
     return nullptr;
+}
+
+const RegisteredMethod* PluginLibrary::Find(const PictureMethod& method) const {
+    return host_.registration().Find(method);
 }
 
 }  // namespace simhost

@@ -2,8 +2,6 @@
 // the way a Xojo program would, and the ledger.
 #include "simhost/simulated_host.h"
 
-#include <cstdlib>
-
 #include "simhost/host_state.h"
 
 namespace simhost {
@@ -114,11 +112,6 @@ void SimulatedHost::MalformRecord(REALpicture picture, RecordDefect defect) {
 
 std::vector<std::string> SimulatedHost::LedgerProblems(const std::vector<REALpicture>& returned) const {
     return state_->LedgerProblems(returned);
-}
-
-std::string DefaultPluginPath() {
-    if (const char* path = std::getenv("PIXTURN_PLUGIN")) return path;
-    return PIXTURN_PLUGIN_PATH;
 }
 
 }  // namespace simhost

@@ -86,6 +86,10 @@ struct Registration {
     std::vector<RegisteredMethod> methods;
     int registrations = 0;           // how many registration calls were made
     std::optional<int32_t> announcedVersion;  // argument of "RegisterPluginVersion"
+
+    // What the plug-in registered for the method, in whichever form it chose;
+    // null when it registered none.
+    const RegisteredMethod* Find(const PictureMethod& method) const;
 };
 
 // A picture's pixel as the host sees it (channels 0..255).
@@ -156,19 +160,22 @@ private:
     std::unique_ptr<internal::HostState> state_;
 };
 
-// Loads the plug-in library as the host does: a fresh instance of the shared
-// library (its process-wide caches start empty), REALPluginMain called with the
+// Loads the plug-in library as the host does: REALPluginMain called with the
 // simulated host's resolver, and the method table taken from what it registered.
 // Like a host, it never unloads a plug-in: the records handed over at start-up
-// must stay valid to the end of the process.
+// must stay valid to the end of the process. Throws std::runtime_error when the
+// library cannot be loaded.
 class PluginLibrary {
 public:
-    PluginLibrary(SimulatedHost& host, const std::string& libraryPath);
+    enum class Instance {
+        Fresh,    // a new instance of the library, its process-wide state as at load
+        InPlace,  // the file itself, for a program that runs one host per process
+    };
+    PluginLibrary(SimulatedHost& host, const std::string& libraryPath, Instance instance = Instance::Fresh);
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-    // What the plug-in registered for the method, in whichever form it chose;
-    // null when it registered none.
+    // Registration::Find of what the plug-in registered.
     const RegisteredMethod* Find(const PictureMethod& method) const;
 
     // Calls a registered method with the receiver first. The argument and result
@@ -189,8 +196,5 @@ private:
 // The declaration a plug-in looks the host's DrawPicture up by, on a picture's
 // graphics object; no other text finds it.
 extern const char kDrawPictureDeclaration[];
-
-// Path of the built plug-in library, for tests and tools.
-std::string DefaultPluginPath();
 
 }  // namespace simhost

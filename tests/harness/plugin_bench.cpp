@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+#include "simhost/built_plugin.h"
+
 namespace test_support {
 
 PluginBench::PluginBench(simhost::HostConfig config)

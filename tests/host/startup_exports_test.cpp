@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "simhost/built_plugin.h"
 #include "simhost/simulated_host.h"
 
 namespace {

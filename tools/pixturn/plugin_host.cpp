@@ -71,7 +71,7 @@ PluginHost::PluginHost(const HostSettings& settings)
         throw RunError("plug-in " + pluginPath_ + ": cannot open: " + std::strerror(errno));
     }
     try {
-        plugin_.emplace(host_, pluginPath_);
+        plugin_.emplace(host_, pluginPath_, simhost::PluginLibrary::Instance::InPlace);
     } catch (const std::exception& error) {
         throw RunError("plug-in " + pluginPath_ + ": cannot load: " + error.what());
     }

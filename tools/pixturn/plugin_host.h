@@ -1,7 +1,8 @@
 // The host the command plays: a simulated Xojo runtime of the chosen kind and
 // version with the shipped plug-in loaded into it by its exported entry point,
 // the methods it registered, and the passage of images into host pictures and
-// back.
+// back. The command runs one host per process, so the library is loaded where
+// it is, with no copy.
 #pragma once
 
 #include <optional>
