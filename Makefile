@@ -1,10 +1,12 @@
 # make demo: installs what the demo needs, builds the plug-in and pixturn only
 # (build/demo) and runs the gallery; make test: builds and runs every test
 # (default build, sanitized build, 32-bit build, a minute of fuzzing);
-# make fuzz-long: fuzzes for FUZZ_SECONDS (an hour unless told);
+# make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
+# FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make bench-cli: every pixturn command against ImageMagick's convert on files.
 JOBS ?= $(shell nproc)
-FUZZ_SECONDS ?= 3600
+FUZZ_RUNS ?= 10000000
+FUZZ_SECONDS ?= 0
 
 .PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 fuzz fuzz-long clean bench bench-cli
 
@@ -44,7 +46,7 @@ fuzz: deps
 	JOBS=$(JOBS) bash scripts/fuzz.sh 60
 
 fuzz-long: deps
-	JOBS=$(JOBS) bash scripts/fuzz.sh $(FUZZ_SECONDS)
+	JOBS=$(JOBS) bash scripts/fuzz.sh $(FUZZ_SECONDS) $(FUZZ_RUNS)
 
 # The benchmark against peer libraries: installs them, builds, runs and prints the
 # comparison. Never part of test.

@@ -63,8 +63,9 @@ constexpr std::array<simhost::Storage, 5> kStorages = {
 constexpr int32_t kSmallSide = 64;
 constexpr std::array<int32_t, 6> kLongSides = {32766, 32767, 32768, 32769, 40000, 65536};
 // Pictures the host is asked for are bounded in area so that a long side costs
-// no more memory than a 512 x 512 picture.
-constexpr int64_t kMaxArea = 512 * 512;
+// no more than a 128 x 128 picture: one row or column at the limit, which is
+// all the limit's checks need, and little time for the slow models.
+constexpr int64_t kMaxArea = 128 * 128;
 
 simhost::HostConfig DecodeHost(ByteReader& in) {
     simhost::HostConfig host;
@@ -117,7 +118,9 @@ int32_t DecodeSide(ByteReader& in) {
 
 PictureRecipe DecodePicture(ByteReader& in, simhost::Storage storage, int32_t width, int32_t height) {
     PictureRecipe picture{storage, width, height, {}, 0, std::nullopt};
-    if (in.Byte() & 1) {
+    // Pixels from the input only where they fit in it; larger pictures are seeded.
+    const bool givenPixels = in.Byte() & 1;
+    if (givenPixels && int64_t{width} * height <= kSmallSide * kSmallSide) {
         picture.pixels.resize(static_cast<size_t>(width) * height);
         for (simhost::Rgba& pixel : picture.pixels) pixel = {in.Byte(), in.Byte(), in.Byte(), in.Byte()};
     } else {
@@ -189,6 +192,27 @@ int32_t DecodeSizeArgument(ByteReader& in) {
     return in.Byte() % (kSmallSide + 16);
 }
 
+// The arguments of one call. A wide picture turned by much more than a hair
+// would need pass pictures of gigabytes: its turns stay next to a quarter.
+MethodCall DecodeCall(ByteReader& in, const simhost::PictureMethod& method, bool wide) {
+    MethodCall call;
+    call.method = &method;
+    const bool turnsByShears =
+        method.form == simhost::MethodForm::AngleAndBackground || method.form == simhost::MethodForm::AngleAndCut;
+    call.angle = DecodeAngle(in, turnsByShears && wide);
+    call.background = in.U32();
+    call.cut = static_cast<signed char>(in.Byte());
+    call.width = DecodeSizeArgument(in);
+    call.height = DecodeSizeArgument(in);
+    CapArea(call.width, call.height);
+    return call;
+}
+
+// One of the fifteen, by its place in the plug-in's table.
+const simhost::PictureMethod& DecodeMethod(ByteReader& in) {
+    return *simhost::kPictureMethods[in.Byte() % std::size(simhost::kPictureMethods)];
+}
+
 }  // namespace
 
 FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
@@ -213,27 +237,37 @@ FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
         fuzzCase.mask = DecodePicture(in, kStorages[(mask / 3) % kStorages.size()], maskWidth, maskHeight);
     }
 
-    fuzzCase.method = static_cast<Method>(in.Byte() % kMethodCount);
-    const bool turnsByShears = fuzzCase.method == Method::Rotate || fuzzCase.method == Method::RotateImageAndMask;
-    const bool wide = std::max(width, height) > kSmallSide ||
-                      (fuzzCase.mask && std::max(fuzzCase.mask->width, fuzzCase.mask->height) > kSmallSide);
-    fuzzCase.angle = DecodeAngle(in, turnsByShears && wide);
-    fuzzCase.background = in.U32();
-    fuzzCase.cut = static_cast<signed char>(in.Byte());
-    fuzzCase.width = DecodeSizeArgument(in);
-    fuzzCase.height = DecodeSizeArgument(in);
-    CapArea(fuzzCase.width, fuzzCase.height);
+    bool wide = std::max(width, height) > kSmallSide ||
+                (fuzzCase.mask && std::max(fuzzCase.mask->width, fuzzCase.mask->height) > kSmallSide);
+    fuzzCase.calls.push_back(DecodeCall(in, DecodeMethod(in), wide));
 
-    // Last, so that the inputs written before records could be spoiled keep their meaning.
+    // What follows came later to the layout, each part after the last, so that
+    // older inputs keep their meaning (an exhausted input reads as zeros).
     const uint8_t defects = in.Byte();
     if (fuzzCase.receiver) fuzzCase.receiver->defect = DecodeDefect(defects);
     if (fuzzCase.mask) fuzzCase.mask->defect = DecodeDefect(defects >> 2);
+
+    // Programs chain calls: a method on the result of another, a rotation after
+    // an in-place mirror.
+    for (int more = in.Byte() % 3; more > 0; --more) {
+        const MethodCall& previous = fuzzCase.calls.back();
+        wide = wide || (previous.method->form == simhost::MethodForm::Size &&
+                        std::max(previous.width, previous.height) > kSmallSide);
+        const bool onPreviousResult = in.Byte() & 1;
+        MethodCall call = DecodeCall(in, DecodeMethod(in), wide);
+        call.onPreviousResult = onPreviousResult;
+        fuzzCase.calls.push_back(call);
+    }
+
+    // The host's memory for pixels: 2^(2k + 4) bytes, as little as one
+    // 4 x 4 picture; 0 leaves it unbounded.
+    if (const uint8_t memory = in.Byte() % 12) fuzzCase.host.largestPixelAllocation = size_t{1} << (2 * memory + 4);
     return fuzzCase;
 }
 
 bool HasFullEntryPoints(const simhost::HostConfig& host) {
     return host.missingEntryPoints.empty() && host.entryPointsFromLookup.empty() &&
-           host.newPictureFailsFromCall == 0 && host.failingDescriptionTypes.empty() &&
+           host.newPictureFailsFromCall == 0 && !host.largestPixelAllocation && host.failingDescriptionTypes.empty() &&
            !host.graphicsUnavailable && !host.drawPictureUnavailable &&
            host.system.frameworksFolderFound && host.system.applicationServicesInstalled &&
            host.system.executableLoads && host.system.missingFunctions.empty();

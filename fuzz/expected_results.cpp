@@ -1,14 +1,13 @@
 // The fuzz target's oracle. For each method that succeeded it forms what the
-// slow models give for the receiver as it was before the call and compares it
-// pixel by pixel (and the estimate number by number). Pixels are compared as the
-// host shows them once stored, so a host bitmap's 7-bit alpha or a 24-bit
-// world's missing alpha is accounted for the way the host stores it.
+// slow models give for the picture as it was before the call and compares it
+// pixel by pixel. Pixels are compared as the host shows them once stored, so a
+// host bitmap's 7-bit alpha or a 24-bit world's missing alpha is accounted for
+// the way the host stores it.
 #include "fuzz/expected_results.h"
 
 #include <algorithm>
 #include <cmath>
 #include <sstream>
-#include <utility>
 
 #include "tests/support/rotation_model.h"
 
@@ -16,6 +15,7 @@ namespace pixturn_fuzz {
 namespace {
 
 using simhost::HostKind;
+using simhost::MethodForm;
 using simhost::Rgba;
 using simhost::SimulatedHost;
 using simhost::Storage;
@@ -26,22 +26,18 @@ constexpr double kLargestModelledAngle = 1e6;
 constexpr uint32_t kAllOnesBackground = 0xFFFFFFFF;
 
 // The mirrors and turns that move pixels without changing them.
-std::optional<Image> Rearranged(Method method, const Image& source) {
+std::optional<Image> Rearranged(const simhost::PictureMethod* method, const Image& source) {
     using test_support::Rearrangement;
-    switch (method) {
-    case Method::Mirror:
-    case Method::MirrorInPlace:
-    case Method::Rotate180: return test_support::Rearranged(source, Rearrangement::BothWays);
-    case Method::HMirror:
-    case Method::HMirrorInPlace: return test_support::Rearranged(source, Rearrangement::LeftRight);
-    case Method::VMirror:
-    case Method::VMirrorInPlace: return test_support::Rearranged(source, Rearrangement::TopBottom);
-    case Method::Rotate90: return test_support::Rearranged(source, Rearrangement::QuarterAnticlockwise);
-    case Method::Rotate270: return test_support::Rearranged(source, Rearrangement::QuarterClockwise);
-    case Method::Clone:
-    case Method::Bitmap: return source;
-    default: return std::nullopt;
-    }
+    namespace m = simhost::methods;
+    const auto is = [&](auto... candidates) { return ((method == candidates) || ...); };
+    if (is(&m::kMirror, &m::kMirrorInPlace, &m::kRotate180))
+        return test_support::Rearranged(source, Rearrangement::BothWays);
+    if (is(&m::kHMirror, &m::kHMirrorInPlace)) return test_support::Rearranged(source, Rearrangement::LeftRight);
+    if (is(&m::kVMirror, &m::kVMirrorInPlace)) return test_support::Rearranged(source, Rearrangement::TopBottom);
+    if (is(&m::kRotate90)) return test_support::Rearranged(source, Rearrangement::QuarterAnticlockwise);
+    if (is(&m::kRotate270)) return test_support::Rearranged(source, Rearrangement::QuarterClockwise);
+    if (is(&m::kClone, &m::kBitmap)) return source;
+    return std::nullopt;
 }
 
 // The image as the host shows it once stored in a picture of that storage.
@@ -96,7 +92,8 @@ bool IsWorldOfDepth24Or32(Storage storage) { return storage == Storage::GWorld32
 // The pixels the plug-in reads from a picture: its own where it can reach them,
 // else those of the copy the host draws into a new picture, which desktop hosts
 // make and console and web hosts don't. Nothing where the picture can't be read
-// (a host bitmap whose record is malformed is refused, but the host still draws it).
+// (a host bitmap whose record is malformed is refused, but the host still draws
+// it) or copied (no copy is made of a picture without pixels).
 std::optional<Image> AsRead(const simhost::HostConfig& config, const PictureRecipe& picture, const Image& pixels) {
     const Storage newPictures = NewPictureStorage(config);
     if (config.kind != HostKind::Desktop) {
@@ -104,7 +101,7 @@ std::optional<Image> AsRead(const simhost::HostConfig& config, const PictureReci
         return std::nullopt;
     }
     if (IsWorldOfDepth24Or32(picture.storage)) return pixels;
-    if (!IsWorldOfDepth24Or32(newPictures)) return std::nullopt;
+    if (!IsWorldOfDepth24Or32(newPictures) || pixels.width < 1 || pixels.height < 1) return std::nullopt;
     Image copy = pixels;
     for (Rgba& p : copy.pixels) p = test_support::StoredPixel(newPictures, p.r, p.g, p.b, p.a);
     return copy;
@@ -117,11 +114,11 @@ bool IsWholeTurns(double angle) { return std::isfinite(angle) && std::fmod(angle
 // The rotation models know pictures the host makes as 32- or 24-bit worlds or
 // host bitmaps, and a host whose kind is known before the first picture is read
 // (an undecided host is decided by that picture, and reads later ones by that).
-bool RotationModelled(const FuzzCase& fuzzCase) {
-    const Storage newPictures = NewPictureStorage(fuzzCase.host);
-    return fuzzCase.host.kind != HostKind::Undecided &&
+bool RotationModelled(const simhost::HostConfig& config, const MethodCall& call) {
+    const Storage newPictures = NewPictureStorage(config);
+    return config.kind != HostKind::Undecided &&
            (IsWorldOfDepth24Or32(newPictures) || newPictures == Storage::HostBitmap) &&
-           (std::isnan(fuzzCase.angle) || std::fabs(fuzzCase.angle) <= kLargestModelledAngle);
+           (std::isnan(call.angle) || std::fabs(call.angle) <= kLargestModelledAngle);
 }
 
 Rgba Colour(Storage storage, uint32_t argb) {
@@ -155,16 +152,16 @@ struct Expected {
 // and its mask turned with the all-ones background, the turned mask drawn into
 // the result's new mask (opaque black where nothing is drawn); with cut, both
 // drawn into pictures of the receiver's size from the centre of the turned ones.
-std::optional<Expected> ModelRotateImageAndMask(const FuzzCase& fuzzCase, const Image& source,
-                                                const std::optional<Image>& mask) {
-    const Storage newPictures = NewPictureStorage(fuzzCase.host);
-    const std::optional<Image> turned = test_support::ModelRotate(source, fuzzCase.angle, kAllOnesBackground, newPictures);
+std::optional<Expected> ModelRotateImageAndMask(const simhost::HostConfig& config, const MethodCall& call,
+                                                const Image& source, const std::optional<Image>& mask) {
+    const Storage newPictures = NewPictureStorage(config);
+    const std::optional<Image> turned = test_support::ModelRotate(source, call.angle, kAllOnesBackground, newPictures);
     if (!turned) return std::nullopt;
     const std::optional<Image> turnedMask =
-        mask ? test_support::ModelRotate(*mask, fuzzCase.angle, kAllOnesBackground, newPictures) : std::nullopt;
+        mask ? test_support::ModelRotate(*mask, call.angle, kAllOnesBackground, newPictures) : std::nullopt;
     const Rgba maskFill = test_support::StoredPixel(newPictures, 0, 0, 0, 255);
 
-    if (fuzzCase.cut == 0) {
+    if (call.cut == 0) {
         Expected expected{*turned, std::nullopt};
         if (turnedMask) {
             expected.mask = Filled(turned->width, turned->height, maskFill);
@@ -174,7 +171,7 @@ std::optional<Expected> ModelRotateImageAndMask(const FuzzCase& fuzzCase, const 
     }
     const int32_t dx = (turned->width - source.width) / 2;
     const int32_t dy = (turned->height - source.height) / 2;
-    Expected expected{Filled(source.width, source.height, Colour(newPictures, fuzzCase.host.newPictureFill)),
+    Expected expected{Filled(source.width, source.height, Colour(newPictures, config.newPictureFill)),
                       std::nullopt};
     DrawOnto(expected.picture, *turned, dx, dy, newPictures);
     if (turnedMask) {
@@ -186,23 +183,22 @@ std::optional<Expected> ModelRotateImageAndMask(const FuzzCase& fuzzCase, const 
 
 // The two rotations: nil from the plug-in is not checked (it has more ways to
 // fail than the model knows), but a picture where the model gives nil is.
-std::string CompareRotation(SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
-                            REALpicture result) {
-    if (!RotationModelled(fuzzCase)) return {};
+std::string CompareRotation(SimulatedHost& host, const simhost::HostConfig& config, const MethodCall& call,
+                            const Subject& subject, const Snapshot& before, REALpicture result) {
+    if (!RotationModelled(config, call)) return {};
     const auto read = [&](const PictureRecipe& picture, const Image& pixels) {
-        return IsWholeTurns(fuzzCase.angle) ? std::optional(pixels) : AsRead(fuzzCase.host, picture, pixels);
+        return IsWholeTurns(call.angle) ? std::optional(pixels) : AsRead(config, picture, pixels);
     };
-    const std::optional<Image> source = read(*fuzzCase.receiver, *before.picture);
+    const std::optional<Image> source = read(subject.picture, *before.picture);
     if (!source) return {};
     std::optional<Expected> expected;
-    if (fuzzCase.method == Method::Rotate) {
-        if (auto turned = test_support::ModelRotate(*source, fuzzCase.angle, fuzzCase.background,
-                                                    NewPictureStorage(fuzzCase.host)))
+    if (call.method->form == MethodForm::AngleAndBackground) {
+        if (auto turned = test_support::ModelRotate(*source, call.angle, call.background, NewPictureStorage(config)))
             expected = Expected{*turned, std::nullopt};
     } else {
         std::optional<Image> mask;
-        if (before.mask) mask = read(*fuzzCase.mask, *before.mask);
-        expected = ModelRotateImageAndMask(fuzzCase, *source, mask);
+        if (before.mask) mask = read(*subject.mask, *before.mask);
+        expected = ModelRotateImageAndMask(config, call, *source, mask);
     }
     if (result == nullptr) return {};
     if (!expected) return "a picture where the model gives nil";
@@ -217,35 +213,6 @@ std::string CompareRotation(SimulatedHost& host, const FuzzCase& fuzzCase, const
     return {};
 }
 
-// "RotateMemoryQLM" from the receiver's size alone: every picture a rotation
-// makes at 4 bytes a pixel, counted as if all were alive at once.
-int64_t ModelRotateMemory(int32_t width, int32_t height, double angle) {
-    double a = angle;
-    while (a >= 360) a += -360;
-    while (a < 0) a += 360;
-    if (a == 0 || a == 90 || a == 180 || a == 270) return int64_t{width} * height * 4;
-
-    int64_t base = 0;
-    int32_t w = width;
-    int32_t h = height;
-    for (const int quarters : {1, 2, 3})
-        if (a > 90.0 * quarters - 45 && a <= 90.0 * quarters + 45) {
-            base = int64_t{width} * height * 4;
-            a -= 90.0 * quarters;
-            if (quarters != 2) std::swap(w, h);
-            break;
-        }
-    const double rad = a * 3.141592653589793 / 180;
-    const double s = std::sin(rad);
-    const double t = std::tan(0.5 * rad);
-    const double c = std::cos(rad);
-    const auto w1 = static_cast<int32_t>(std::trunc(std::fabs(t) * h)) + w;
-    const auto g = static_cast<int32_t>(std::trunc(h * c + std::fabs(s) * w1)) + 1;
-    const auto x = static_cast<int32_t>(std::trunc(c * g + std::fabs(s) * w1)) + 1;
-    const auto y = static_cast<int32_t>(std::trunc(c * w1 + std::fabs(s) * g));
-    return base + int64_t{h} * w1 * 4 + int64_t{w1} * g * 4 + (int64_t{y} * 4 + 4) * x;
-}
-
 }  // namespace
 
 Snapshot TakeSnapshot(const SimulatedHost& host, REALpicture picture) {
@@ -256,41 +223,33 @@ Snapshot TakeSnapshot(const SimulatedHost& host, REALpicture picture) {
     return snapshot;
 }
 
-bool IsInPlace(Method method) {
-    return method == Method::MirrorInPlace || method == Method::VMirrorInPlace || method == Method::HMirrorInPlace;
-}
+bool IsInPlace(const simhost::PictureMethod* method) { return method->form == MethodForm::InPlace; }
 
-std::string CompareWithModels(SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
-                              REALpicture receiver, const Outcome& outcome) {
-    if (fuzzCase.method == Method::RotateMemory) {
-        if (!std::isfinite(fuzzCase.angle) || std::fabs(fuzzCase.angle) > kLargestModelledAngle) return {};
-        const int32_t width = before.picture ? before.picture->width : 0;
-        const int32_t height = before.picture ? before.picture->height : 0;
-        const int64_t expected = ModelRotateMemory(width, height, fuzzCase.angle);
-        if (outcome.bytes == expected) return {};
-        return std::to_string(outcome.bytes) + " bytes, expected " + std::to_string(expected);
-    }
-    if (!before.picture) return {};
+std::string CompareWithModels(SimulatedHost& host, const simhost::HostConfig& config, const MethodCall& call,
+                              const Subject& subject, const Snapshot& before, REALpicture receiver,
+                              const Outcome& outcome) {
+    // The memory estimate has no model apart from its own arithmetic.
+    if (call.method->form == MethodForm::MemoryEstimate || !before.picture) return {};
     const Image& source = *before.picture;
 
-    if (IsInPlace(fuzzCase.method)) {
+    if (IsInPlace(call.method)) {
         if (!outcome.flag) return {};
         const Snapshot after = TakeSnapshot(host, receiver);
         if (after.mask != before.mask) return "the in-place mirror changed the mask";
-        return Describe(*after.picture, *Rearranged(fuzzCase.method, source));
+        return Describe(*after.picture, *Rearranged(call.method, source));
     }
-    if (fuzzCase.method == Method::Rotate || fuzzCase.method == Method::RotateImageAndMask)
-        return CompareRotation(host, fuzzCase, before, outcome.picture);
+    if (call.method->form == MethodForm::AngleAndBackground || call.method->form == MethodForm::AngleAndCut)
+        return CompareRotation(host, config, call, subject, before, outcome.picture);
     if (outcome.picture == nullptr) return {};
     const Image actual = test_support::ReadImage(host, outcome.picture);
     const Storage storage = host.StorageOf(outcome.picture);
 
-    if (fuzzCase.method == Method::CloneToSize) {
-        if (actual.width != fuzzCase.width || actual.height != fuzzCase.height)
-            return Describe(actual, Image{fuzzCase.width, fuzzCase.height, {}});
+    if (call.method->form == MethodForm::Size) {
+        if (actual.width != call.width || actual.height != call.height)
+            return Describe(actual, Image{call.width, call.height, {}});
         return CompareOverlap(actual, StoredAs(host, storage, source));
     }
-    if (const std::optional<Image> expected = Rearranged(fuzzCase.method, source))
+    if (const std::optional<Image> expected = Rearranged(call.method, source))
         return Describe(actual, StoredAs(host, storage, *expected));
     return {};
 }

@@ -20,17 +20,25 @@ struct Snapshot {
 };
 Snapshot TakeSnapshot(const simhost::SimulatedHost& host, REALpicture picture);
 
+// What a call is made on: the recipe of the picture (its storage and any
+// spoiled record; its own pixels are in the snapshot) and of its mask.
+struct Subject {
+    PictureRecipe picture;
+    std::optional<PictureRecipe> mask;
+};
+
 struct Outcome {
     REALpicture picture = nullptr;  // picture methods
     bool flag = false;              // the three in-place mirrors
     int64_t bytes = 0;              // the memory estimate
 };
 
-bool IsInPlace(Method method);
+bool IsInPlace(const simhost::PictureMethod* method);
 
 // Empty when the call failed or gave exactly what the slow models give for the
 // receiver as it was before the call; otherwise what differs.
-std::string CompareWithModels(simhost::SimulatedHost& host, const FuzzCase& fuzzCase, const Snapshot& before,
-                              REALpicture receiver, const Outcome& outcome);
+std::string CompareWithModels(simhost::SimulatedHost& host, const simhost::HostConfig& config, const MethodCall& call,
+                              const Subject& subject, const Snapshot& before, REALpicture receiver,
+                              const Outcome& outcome);
 
 }  // namespace pixturn_fuzz

@@ -1,8 +1,10 @@
 // One fuzz input decoded into what it asks for: a simulated host (version, kind,
 // missing or late entry points, failing calls, what of ApplicationServices
 // exists), a receiver picture with an optional mask (either may have a malformed
-// host bitmap record), and one of the fifteen methods with its arguments. decode_fuzz_case.cpp defines the byte layout;
-// write_seeds.py writes the committed seeds in it.
+// host bitmap record), and one to three calls of the fifteen methods with their
+// arguments, each on the receiver (as an earlier in-place mirror left it) or on
+// the picture the call before it returned. decode_fuzz_case.cpp defines the byte
+// layout.
 #pragma once
 
 #include <cstddef>
@@ -13,14 +15,6 @@
 #include "simhost/simulated_host.h"
 
 namespace pixturn_fuzz {
-
-// The fifteen methods in the order of the plug-in's method table.
-enum class Method {
-    Rotate, RotateImageAndMask, Rotate90, Rotate180, Rotate270, RotateMemory,
-    Mirror, VMirror, HMirror, MirrorInPlace, VMirrorInPlace, HMirrorInPlace,
-    Clone, CloneToSize, Bitmap,
-};
-inline constexpr int kMethodCount = 15;
 
 struct PictureRecipe {
     simhost::Storage storage = simhost::Storage::GWorld32;
@@ -33,16 +27,22 @@ struct PictureRecipe {
     std::optional<simhost::SimulatedHost::RecordDefect> defect;
 };
 
-struct FuzzCase {
-    simhost::HostConfig host;
-    std::optional<PictureRecipe> receiver;  // nullopt: the receiver is nil
-    std::optional<PictureRecipe> mask;
-    Method method = Method::Rotate;
+struct MethodCall {
+    const simhost::PictureMethod* method = &simhost::methods::kRotate;
+    // Called on the picture the previous call returned, when it returned one.
+    bool onPreviousResult = false;
     double angle = 0.0;
     uint32_t background = 0;
     signed char cut = 0;
     int32_t width = 0;   // arguments of "CloneQLM(width, height)"
     int32_t height = 0;
+};
+
+struct FuzzCase {
+    simhost::HostConfig host;
+    std::optional<PictureRecipe> receiver;  // nullopt: the receiver is nil
+    std::optional<PictureRecipe> mask;
+    std::vector<MethodCall> calls;          // one to three
 };
 
 FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size);

@@ -1,22 +1,26 @@
-// The libFuzzer target: every input is one call of one of the fifteen methods,
-// on a host and a receiver the input describes, in a fresh instance of the
-// shipped library (so start-up and the process-wide caches begin empty). Any
-// crash, sanitizer report or hang is a finding, and so is, after the call:
-// an unbalanced ledger once the returned picture is released, a result from a
-// nil receiver, a receiver that a method changed without being one that works
-// in place (or one that did and reported failure), a turned picture carrying a
-// mask, and a method that succeeded on a host lacking nothing but whose result
-// differs from the slow models of the tests.
-#include <array>
+// The libFuzzer target: every input is a host and a receiver the input
+// describes and one to three method calls on them, made in-process on the
+// plug-in's own code after the reset that returns its process-wide state to load
+// time, so that start-up and the caches begin empty and a finding reproduces
+// from its input alone. Any crash, sanitizer report or hang is a finding, and so
+// is, after each call: a result from a nil picture, a picture a method changed
+// without being one that works in place (or one that did and reported failure),
+// a turned picture carrying a mask, and a method that succeeded on a host
+// lacking nothing but whose result differs from the slow models of the tests;
+// and, once the results are released, an unbalanced ledger.
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "fuzz/expected_results.h"
 #include "fuzz/fuzz_case.h"
+#include "plugin/process_state.h"
 #include "simhost/simulated_host.h"
 #include "tests/support/pictures.h"
+
+extern "C" void REALPluginMain(REALResolver resolver);
 
 namespace pixturn_fuzz {
 namespace {
@@ -30,9 +34,14 @@ using test_support::Image;
     std::abort();
 }
 
+// Nil when the host has no memory for it.
 REALpicture MakePicture(SimulatedHost& host, const PictureRecipe& recipe) {
-    REALpicture picture = host.MakePicture(recipe.storage, recipe.width, recipe.height);
-    if (picture == nullptr) return nullptr;
+    REALpicture picture = nullptr;
+    try {
+        picture = host.MakePicture(recipe.storage, recipe.width, recipe.height);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
     if (recipe.pixels.empty()) test_support::FillRandom(host, picture, recipe.seed);
     else test_support::WriteImage(host, picture, Image{recipe.width, recipe.height, recipe.pixels});
     if (recipe.defect) host.MalformRecord(picture, *recipe.defect);
@@ -64,69 +73,104 @@ std::vector<std::string> UnexpectedProblems(const SimulatedHost& host, const Fuz
     return problems;
 }
 
-Outcome Call(REALproc function, REALpicture receiver, const FuzzCase& fuzzCase) {
-    using PictureMethod = REALpicture (*)(REALpicture);
+Outcome Call(REALproc function, REALpicture receiver, const MethodCall& call) {
+    using PictureResult = REALpicture (*)(REALpicture);
     using FlagMethod = bool (*)(REALpicture);
     Outcome outcome;
-    switch (fuzzCase.method) {
-    case Method::Rotate:
+    switch (call.method->form) {
+    case simhost::MethodForm::AngleAndBackground:
         outcome.picture = reinterpret_cast<REALpicture (*)(REALpicture, double, uint32_t)>(function)(
-            receiver, fuzzCase.angle, fuzzCase.background);
+            receiver, call.angle, call.background);
         break;
-    case Method::RotateImageAndMask:
+    case simhost::MethodForm::AngleAndCut:
         outcome.picture = reinterpret_cast<REALpicture (*)(REALpicture, double, signed char)>(function)(
-            receiver, fuzzCase.angle, fuzzCase.cut);
+            receiver, call.angle, call.cut);
         break;
-    case Method::RotateMemory:
-        outcome.bytes = reinterpret_cast<int64_t (*)(REALpicture, double)>(function)(receiver, fuzzCase.angle);
+    case simhost::MethodForm::MemoryEstimate:
+        outcome.bytes = reinterpret_cast<int64_t (*)(REALpicture, double)>(function)(receiver, call.angle);
         break;
-    case Method::CloneToSize:
+    case simhost::MethodForm::Size:
         outcome.picture = reinterpret_cast<REALpicture (*)(REALpicture, int32_t, int32_t)>(function)(
-            receiver, fuzzCase.width, fuzzCase.height);
+            receiver, call.width, call.height);
         break;
-    case Method::MirrorInPlace:
-    case Method::VMirrorInPlace:
-    case Method::HMirrorInPlace:
+    case simhost::MethodForm::InPlace:
         outcome.flag = reinterpret_cast<FlagMethod>(function)(receiver);
         break;
-    default:
-        outcome.picture = reinterpret_cast<PictureMethod>(function)(receiver);
+    case simhost::MethodForm::Picture:
+        outcome.picture = reinterpret_cast<PictureResult>(function)(receiver);
         break;
     }
     return outcome;
 }
 
+// What the models need to know of a picture the host made for the plug-in.
+PictureRecipe RecipeOf(const SimulatedHost& host, REALpicture picture) {
+    return PictureRecipe{host.StorageOf(picture), host.Width(picture), host.Height(picture), {}, 0, std::nullopt};
+}
+
+// A picture as stored, with its mask: what a call that does not work in place
+// must leave as it found it. Hashes of the stored bytes, which cost far less
+// than reading the pixels.
+struct StoredState {
+    size_t picture = 0;
+    REALpicture mask = nullptr;
+    size_t maskPicture = 0;
+    friend bool operator==(const StoredState&, const StoredState&) = default;
+};
+
+StoredState StoredStateOf(const SimulatedHost& host, REALpicture picture) {
+    REALpicture mask = picture != nullptr ? host.MaskOf(picture) : nullptr;
+    return {host.StoredBytesHash(picture), mask, host.StoredBytesHash(mask)};
+}
+
+// One call on `target`; its picture result, if any, for the caller to release.
+REALpicture RunCall(SimulatedHost& host, const FuzzCase& fuzzCase, const MethodCall& call, REALpicture target,
+                    const Subject& subject) {
+    const bool modelled = HasFullEntryPoints(fuzzCase.host);
+    const Snapshot before = modelled ? TakeSnapshot(host, target) : Snapshot{};
+    const StoredState stored = StoredStateOf(host, target);
+    const simhost::RegisteredMethod* registered = host.registration().Find(*call.method);
+    if (registered == nullptr) return nullptr;
+    const Outcome outcome = Call(registered->function, target, call);
+    if (target == nullptr && (outcome.picture != nullptr || outcome.flag)) Finding("a nil picture gave a result");
+    if ((!IsInPlace(call.method) || !outcome.flag) && StoredStateOf(host, target) != stored)
+        Finding(IsInPlace(call.method) ? "a failed in-place mirror changed the picture" : "the picture changed");
+    if (call.method->form == simhost::MethodForm::AngleAndBackground && outcome.picture != nullptr && host.MaskOf(outcome.picture) != nullptr)
+        Finding("a turned picture carries a mask");
+    if (modelled) {
+        const std::string difference = CompareWithModels(host, fuzzCase.host, call, subject, before, target, outcome);
+        if (!difference.empty()) Finding("result differs from the slow model", {difference});
+    }
+    return outcome.picture;
+}
+
 void Run(const FuzzCase& fuzzCase) {
     SimulatedHost host(fuzzCase.host);
-    simhost::PluginLibrary library(host, simhost::DefaultPluginPath());
+    REALPluginMain(SimulatedHost::Resolver());
 
     REALpicture receiver = fuzzCase.receiver ? MakePicture(host, *fuzzCase.receiver) : nullptr;
     if (receiver != nullptr && fuzzCase.mask) {
-        REALpicture mask = MakePicture(host, *fuzzCase.mask);
-        if (mask != nullptr) {
+        if (REALpicture mask = MakePicture(host, *fuzzCase.mask)) {
             host.SetMask(receiver, mask);
             host.Release(mask);
         }
     }
-    const Snapshot before = TakeSnapshot(host, receiver);
+    const Subject receiverSubject{fuzzCase.receiver.value_or(PictureRecipe{}), fuzzCase.mask};
 
-    // Method lists the methods in the order of the table.
-    const simhost::PictureMethod& method = *simhost::kPictureMethods[static_cast<size_t>(fuzzCase.method)];
-    if (const simhost::RegisteredMethod* registered = library.Find(method)) {
-        const Outcome outcome = Call(registered->function, receiver, fuzzCase);
-        if (receiver == nullptr && (outcome.picture != nullptr || outcome.flag))
-            Finding("a nil receiver gave a result");
-        if ((!IsInPlace(fuzzCase.method) || !outcome.flag) && TakeSnapshot(host, receiver) != before)
-            Finding(IsInPlace(fuzzCase.method) ? "a failed in-place mirror changed the receiver"
-                                               : "the receiver changed");
-        if (fuzzCase.method == Method::Rotate && outcome.picture != nullptr && host.MaskOf(outcome.picture) != nullptr)
-            Finding("a turned picture carries a mask");
-        if (HasFullEntryPoints(fuzzCase.host)) {
-            const std::string difference = CompareWithModels(host, fuzzCase, before, receiver, outcome);
-            if (!difference.empty()) Finding("result differs from the slow model", {difference});
+    std::vector<REALpicture> results;
+    for (const MethodCall& call : fuzzCase.calls) {
+        REALpicture target = receiver;
+        Subject subject = receiverSubject;
+        if (call.onPreviousResult && !results.empty() && results.back() != nullptr) {
+            target = results.back();
+            subject.picture = RecipeOf(host, target);
+            subject.mask = std::nullopt;
+            if (REALpicture mask = host.MaskOf(target)) subject.mask = RecipeOf(host, mask);
         }
-        if (outcome.picture != nullptr) host.Release(outcome.picture);
+        results.push_back(RunCall(host, fuzzCase, call, target, subject));
     }
+    for (REALpicture result : results)
+        if (result != nullptr) host.Release(result);
 
     const std::vector<std::string> problems = UnexpectedProblems(host, fuzzCase);
     if (!problems.empty()) Finding("ledger not balanced", problems);
@@ -137,6 +181,11 @@ void Run(const FuzzCase& fuzzCase) {
 }  // namespace pixturn_fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    // Before the input, so that it meets the plug-in as loaded; and after it, so
+    // that what start-up allocated is given back within the input, as libFuzzer's
+    // leak check counts it.
+    ResetProcessState();
     pixturn_fuzz::Run(pixturn_fuzz::DecodeFuzzCase(data, size));
+    ResetProcessState();
     return 0;
 }

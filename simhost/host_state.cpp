@@ -5,6 +5,7 @@
 #include "simhost/host_state.h"
 
 #include <algorithm>
+#include <new>
 #include <sstream>
 
 #include "platform/macos/macos_system.h"
@@ -39,11 +40,14 @@ HostState::~HostState() {
 HostState* HostState::Active() { return gActive; }
 
 uintptr_t HostState::NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial) {
+    const size_t pixelBytes = static_cast<size_t>(std::max(width, 0)) * static_cast<size_t>(std::max(height, 0)) * 4;
+    if (config.largestPixelAllocation && pixelBytes > *config.largestPixelAllocation) throw std::bad_alloc();
+    auto store = std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial);
     lastToken_ += 16;
     HostObject& object = objects_[lastToken_];
     object.kind = ObjectKind::Picture;
     object.references = 1;
-    object.store = std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial);
+    object.store = std::move(store);
     return lastToken_;
 }
 

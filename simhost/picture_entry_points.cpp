@@ -10,8 +10,13 @@
 // three-argument lock only hosts before 2012.0 expect the unlock all the same;
 // an unlock of nothing is a fault anywhere else.
 //
+// A picture the host has no memory for is answered with nil, as a C interface
+// must: an exception from the allocation may not unwind through the plug-in.
+//
 // A new mask is a picture of the same size and storage kind as new pictures,
 // opaque black: a mask that hides nothing. The picture holds its mask.
+#include <new>
+
 #include "simhost/entry_points.h"
 #include "simhost/host_state.h"
 
@@ -66,7 +71,11 @@ REALpicture newPicture(int32_t width, int32_t height, int32_t depth) {
         return nullptr;
     }
     if (host->config.newPictureFailsFromCall > 0 && call >= host->config.newPictureFailsFromCall) return nullptr;
-    return HostState::PictureHandle(MakeFilledPicture(*host, width, height, Colour(host->config.newPictureFill)));
+    try {
+        return HostState::PictureHandle(MakeFilledPicture(*host, width, height, Colour(host->config.newPictureFill)));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void lockPictureDescription(REALpicture picture, REALpictureDescription* description) {
@@ -111,7 +120,11 @@ REALpicture REALGetPictureMask(REALpicture picture, uint8_t create) {
     if (object->mask == 0) {
         if (!create) return nullptr;
         // Its first reference is the picture's own.
-        object->mask = MakeFilledPicture(*host, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255});
+        try {
+            object->mask = MakeFilledPicture(*host, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255});
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
         HostObject* mask = host->Find(HostState::PictureHandle(object->mask), "REALGetPictureMask");
         mask->isMask = true;
         mask->hostReferences = 1;

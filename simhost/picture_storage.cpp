@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <string_view>
 #include <new>
 
 #include "platform/macos/macos_system.h"
@@ -159,6 +161,22 @@ std::vector<uint8_t> PictureStore::RawBytes(int32_t x, int32_t y) const {
 void PictureStore::SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes) {
     if (storage_ == Storage::VectorOnly || bytes.size() != static_cast<size_t>(BytesPerPixel())) return;
     std::memcpy(Address(x, y), bytes.data(), bytes.size());
+}
+
+size_t PictureStore::StoredBytesHash() const {
+    const auto hash = [](const void* bytes, size_t length) {
+        return std::hash<std::string_view>{}(std::string_view(static_cast<const char*>(bytes), length));
+    };
+    size_t combined = 0;
+    if (width_ <= 0 || height_ <= 0) return combined;
+    // A drawing keeps no bytes of its own: what it shows stands for them.
+    std::vector<Rgba> shown(storage_ == Storage::VectorOnly ? width_ : 0);
+    const size_t rowLength = static_cast<size_t>(width_) * (shown.empty() ? BytesPerPixel() : sizeof(Rgba));
+    for (int32_t y = 0; y < height_; ++y) {
+        if (!shown.empty()) ReadRow(y, shown.data());
+        combined = combined * 1000003 ^ hash(shown.empty() ? Address(0, y) : shown.data(), rowLength);
+    }
+    return combined;
 }
 
 void PictureStore::Fill(Rgba pixel) {

@@ -46,6 +46,9 @@ public:
     void ReadRow(int32_t y, Rgba* pixels) const;
     std::vector<uint8_t> RawBytes(int32_t x, int32_t y) const;
     void SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
+    // A hash of every pixel's stored bytes, row after row, without a world's row
+    // padding.
+    size_t StoredBytesHash() const;
 
     // Every pixel set to one colour, as Write would store it. A whole row at a
     // time, so that making a large picture costs what a host's fill costs.

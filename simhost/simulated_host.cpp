@@ -2,6 +2,7 @@
 // the way a Xojo program would, and the ledger.
 #include "simhost/simulated_host.h"
 
+
 #include "simhost/host_state.h"
 
 namespace simhost {
@@ -70,6 +71,11 @@ std::vector<uint8_t> SimulatedHost::RawPixel(REALpicture picture, int32_t x, int
 void SimulatedHost::SetRawPixel(REALpicture picture, int32_t x, int32_t y, const std::vector<uint8_t>& bytes) {
     if (internal::PictureStore* store = state_->PixelsOf(picture, "SetRawPixel"); store && store->Contains(x, y))
         store->SetRawBytes(x, y, bytes);
+}
+
+size_t SimulatedHost::StoredBytesHash(REALpicture picture) const {
+    const internal::HostObject* object = state_->Peek(picture);
+    return object != nullptr && object->store ? object->store->StoredBytesHash() : 0;
 }
 
 Storage SimulatedHost::StorageOf(REALpicture picture) const {

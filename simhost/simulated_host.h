@@ -54,6 +54,9 @@ struct HostConfig {
     std::map<std::string, int> entryPointsFromLookup;
     // REALNewPicture returns nil from its n-th call on (0: never).
     int newPictureFailsFromCall = 0;
+    // The host's memory runs out for pictures whose pixels need more bytes than
+    // this: their allocation throws std::bad_alloc, as operator new would.
+    std::optional<size_t> largestPixelAllocation;
     // The three-argument description lock answers false for these requested types.
     std::set<int32_t> failingDescriptionTypes;
     bool graphicsUnavailable = false;      // pluginPictureGraphicsGetter answers nil
@@ -129,6 +132,9 @@ public:
     // the top bit of a host bitmap's alpha byte). Not for VectorOnly pictures.
     std::vector<uint8_t> RawPixel(REALpicture picture, int32_t x, int32_t y) const;
     void SetRawPixel(REALpicture picture, int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
+    // A hash of RawPixel of every pixel, row by row (VectorOnly pictures: of
+    // what they show), to tell cheaply whether a picture changed; 0 for nil.
+    size_t StoredBytesHash(REALpicture picture) const;
     Storage StorageOf(REALpicture picture) const;
     int32_t Width(REALpicture picture) const;
     int32_t Height(REALpicture picture) const;

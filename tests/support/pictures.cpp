@@ -1,5 +1,7 @@
 #include "tests/support/pictures.h"
 
+#include <algorithm>
+
 namespace test_support {
 
 Image Rearranged(const Image& from, Rearrangement rearrangement) {
@@ -32,25 +34,28 @@ void FillRandom(simhost::SimulatedHost& host, REALpicture picture, uint32_t seed
         state ^= state << 5;
         return state;
     };
-    for (int32_t y = 0; y < host.Height(picture); ++y)
-        for (int32_t x = 0; x < host.Width(picture); ++x) {
+    std::vector<simhost::Rgba> row(static_cast<size_t>(std::max(host.Width(picture), 0)));
+    for (int32_t y = 0; y < host.Height(picture); ++y) {
+        for (simhost::Rgba& pixel : row) {
             const uint32_t v = next();
-            host.SetPixel(picture, x, y,
-                          {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)});
+            pixel = {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
         }
+        host.SetRow(picture, y, row.data());
+    }
 }
 
+// A row at a time: the fuzz target reads every picture it checks.
 Image ReadImage(const simhost::SimulatedHost& host, REALpicture picture) {
     Image image{host.Width(picture), host.Height(picture), {}};
-    image.pixels.reserve(static_cast<size_t>(image.width) * image.height);
-    for (int32_t y = 0; y < image.height; ++y)
-        for (int32_t x = 0; x < image.width; ++x) image.pixels.push_back(host.GetPixel(picture, x, y));
+    if (image.width <= 0 || image.height <= 0) return image;
+    image.pixels.resize(static_cast<size_t>(image.width) * image.height);
+    for (int32_t y = 0; y < image.height; ++y) host.GetRow(picture, y, &image.at(0, y));
     return image;
 }
 
 void WriteImage(simhost::SimulatedHost& host, REALpicture picture, const Image& image) {
-    for (int32_t y = 0; y < image.height; ++y)
-        for (int32_t x = 0; x < image.width; ++x) host.SetPixel(picture, x, y, image.at(x, y));
+    if (image.width > 0 && host.Width(picture) == image.width)
+        for (int32_t y = 0; y < image.height; ++y) host.SetRow(picture, y, &image.at(0, y));
 }
 
 }  // namespace test_support
