@@ -10,7 +10,6 @@
 // and, once the results are released, an unbalanced ledger.
 #include <cstdio>
 #include <cstdlib>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -34,14 +33,8 @@ using test_support::Image;
     std::abort();
 }
 
-// Nil when the host has no memory for it.
 REALpicture MakePicture(SimulatedHost& host, const PictureRecipe& recipe) {
-    REALpicture picture = nullptr;
-    try {
-        picture = host.MakePicture(recipe.storage, recipe.width, recipe.height);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    REALpicture picture = host.MakePicture(recipe.storage, recipe.width, recipe.height);
     if (recipe.pixels.empty()) test_support::FillRandom(host, picture, recipe.seed);
     else test_support::WriteImage(host, picture, Image{recipe.width, recipe.height, recipe.pixels});
     if (recipe.defect) host.MalformRecord(picture, *recipe.defect);

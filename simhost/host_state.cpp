@@ -5,7 +5,6 @@
 #include "simhost/host_state.h"
 
 #include <algorithm>
-#include <new>
 #include <sstream>
 
 #include "platform/macos/macos_system.h"
@@ -40,8 +39,6 @@ HostState::~HostState() {
 HostState* HostState::Active() { return gActive; }
 
 uintptr_t HostState::NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial) {
-    const size_t pixelBytes = static_cast<size_t>(std::max(width, 0)) * static_cast<size_t>(std::max(height, 0)) * 4;
-    if (config.largestPixelAllocation && pixelBytes > *config.largestPixelAllocation) throw std::bad_alloc();
     auto store = std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial);
     lastToken_ += 16;
     HostObject& object = objects_[lastToken_];

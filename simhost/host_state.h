@@ -66,8 +66,7 @@ public:
     int newPictureCalls = 0;
 
     // Objects. Find records a problem when the handle is nil or not alive.
-    // NewPicture throws std::bad_alloc when the pixels need more memory than the
-    // host has, and then makes nothing.
+    // NewPicture makes nothing when its allocation throws.
     uintptr_t NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial);
     uintptr_t NewGraphics(uintptr_t picture);
     HostObject* Find(const void* handle, const char* caller);

@@ -36,7 +36,11 @@ Rgba Colour(uint32_t argb) {
     return {uint8_t(argb >> 16), uint8_t(argb >> 8), uint8_t(argb), uint8_t(argb >> 24)};
 }
 
+// From the host's memory, which may run out: then the allocation throws, as
+// operator new does.
 uintptr_t MakeFilledPicture(HostState& host, int32_t width, int32_t height, Rgba fill) {
+    const size_t pixelBytes = static_cast<size_t>(width) * static_cast<size_t>(height) * 4;
+    if (host.config.largestPixelAllocation && pixelBytes > *host.config.largestPixelAllocation) throw std::bad_alloc();
     return host.NewPicture(NewPictureStorage(host.config), width, height, fill);
 }
 

@@ -54,8 +54,9 @@ struct HostConfig {
     std::map<std::string, int> entryPointsFromLookup;
     // REALNewPicture returns nil from its n-th call on (0: never).
     int newPictureFailsFromCall = 0;
-    // The host's memory runs out for pictures whose pixels need more bytes than
-    // this: their allocation throws std::bad_alloc, as operator new would.
+    // The host's memory runs out for the pictures it makes for the plug-in (new
+    // pictures, new masks) whose pixels need more bytes than this: their
+    // allocation throws std::bad_alloc, as operator new would.
     std::optional<size_t> largestPixelAllocation;
     // The three-argument description lock answers false for these requested types.
     std::set<int32_t> failingDescriptionTypes;

@@ -1,5 +1,5 @@
 // Every method on hosts that fail it somewhere: entry points missing, new
-// pictures refused or of a storage the plug-in cannot write, description locks
+// pictures refused (or out of memory) or of a storage the plug-in cannot write, description locks
 // failing, no graphics or DrawPicture, no legacy framework. Each answers nil,
 // false or the slow model's result exactly as the table says, and nothing it
 // took stays held.
@@ -40,6 +40,8 @@ void NewPictureFailsFrom(HostConfig& config) {
 const FaultCase kFaults[] = {
     {"NoNewPicture", HostKind::Desktop, 30, "-- --- ~ --- +++ ---",
      [](auto& c) { c.missingEntryPoints = {"newPicture"}; }},
+    {"NoMemoryForPixels", HostKind::Desktop, 30, "-- --- ~ --- +++ ---",
+     [](auto& c) { c.largestPixelAllocation = 0; }},
     {"FirstNewPictureFails", HostKind::Console, 30, "-- --- ~ --- +++ --+", NewPictureFailsFrom<1>},
     {"SecondNewPictureFails", HostKind::Console, 30, "-- --- ~ --- +++ --+", NewPictureFailsFrom<2>},
     {"ThirdNewPictureFails", HostKind::Desktop, 30, "-- --- ~ --- +++ ---", NewPictureFailsFrom<3>},
