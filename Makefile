@@ -3,12 +3,13 @@
 # (default build, sanitized build, 32-bit build, a minute of fuzzing);
 # make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
+# make coverage: the lines of the plug-in the committed fuzz corpus reaches;
 # make bench-cli: every pixturn command against ImageMagick's convert on files.
 JOBS ?= $(shell nproc)
 FUZZ_RUNS ?= 10000000
 FUZZ_SECONDS ?= 0
 
-.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 fuzz fuzz-long clean bench bench-cli
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 fuzz fuzz-long coverage clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -47,6 +48,10 @@ fuzz: deps
 
 fuzz-long: deps
 	JOBS=$(JOBS) bash scripts/fuzz.sh $(FUZZ_SECONDS) $(FUZZ_RUNS)
+
+# Which lines of the plug-in the committed fuzz corpus reaches (llvm-cov).
+coverage: deps
+	JOBS=$(JOBS) bash scripts/coverage.sh
 
 # The benchmark against peer libraries: installs them, builds, runs and prints the
 # comparison. Never part of test.

@@ -12,6 +12,7 @@ if [ "${1:-}" = --demo ]; then
 fi
 # libgtest-dev for the tests, g++-multilib and googletest (sources) for the
 # 32-bit build, clang and its runtime libraries for the libFuzzer target,
-# chromium for the test that opens the demo's gallery.
+# llvm-14's llvm-cov and llvm-profdata for the coverage report, chromium for the
+# test that opens the demo's gallery.
 exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
-  g++-multilib googletest qemu-user clang libclang-rt-14-dev chromium "$@"
+  g++-multilib googletest qemu-user clang libclang-rt-14-dev llvm-14 chromium "$@"
