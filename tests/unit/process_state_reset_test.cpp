@@ -37,8 +37,9 @@ std::pair<std::string, bool> StartAndTurn(std::optional<double> version, HostKin
     REALPluginMain(simhost::SimulatedHost::Resolver());
     const auto storage = kind == HostKind::Desktop ? simhost::Storage::GWorld32 : simhost::Storage::HostBitmap;
     REALpicture picture = host.MakePicture(storage, 3, 2);
-    REALproc turn = host.registration().Find("Rotate90QLM", 0);
-    REALpicture turned = turn != nullptr ? reinterpret_cast<REALpicture (*)(REALpicture)>(turn)(picture) : nullptr;
+    const simhost::RegisteredMethod* turn = host.registration().Find(simhost::methods::kRotate90);
+    REALpicture turned =
+        turn != nullptr ? reinterpret_cast<REALpicture (*)(REALpicture)>(turn->function)(picture) : nullptr;
     if (turned != nullptr) host.Release(turned);
     host.Release(picture);
     EXPECT_EQ(host.Lookups("newPicture"), turned != nullptr ? 1 : 0) << "looked up anew after the reset";
