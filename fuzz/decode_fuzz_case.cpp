@@ -262,6 +262,40 @@ FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
     // The host's memory for pixels: 2^(2k + 4) bytes, as little as one
     // 4 x 4 picture; 0 leaves it unbounded.
     if (const uint8_t memory = in.Byte() % 12) fuzzCase.host.largestPixelAllocation = size_t{1} << (2 * memory + 4);
+
+    LoopCase loops;
+    loops.width = in.Byte() % (kSmallSide + 1);
+    loops.height = in.Byte() % (kSmallSide + 1);
+    if (loops.width > 0 && loops.height > 0) {
+        constexpr std::array<int32_t, 3> kFormats = {13, 12, 8};
+        loops.sourceFormat = in.Pick(kFormats);
+        loops.destinationFormat = in.Pick(kFormats);
+        loops.mapping = in.Byte() % 5;
+        loops.extraLength = in.Byte() % 40;
+        loops.seed = in.U32();
+        // Skews as the rotation makes them: within a few times the line's length,
+        // in steps below one pixel.
+        loops.firstSkew = static_cast<int16_t>(in.U16()) / 256.0;
+        loops.skewStep = static_cast<int16_t>(in.U16()) / 32768.0;
+        for (uint8_t& channel : loops.background) channel = in.Byte();
+        fuzzCase.loops = loops;
+    }
+
+    if (const uint8_t records = in.Byte(); records != 0) {
+        RecordCase record;
+        record.methods = records % 8;
+        record.properties = (records >> 3) % 4;
+        record.setters = in.Byte();
+        record.className = std::string(in.Byte() % 32, 'C');
+        // A short declaration from the input's characters, or one of up to about
+        // 1100 characters to reach the cuts.
+        const uint16_t length = in.U16() % 1200;
+        for (uint16_t i = 0; i < length; ++i) {
+            const char c = static_cast<char>(in.Byte());
+            record.declaration += c != '\0' ? c : 'x';
+        }
+        fuzzCase.records = record;
+    }
     return fuzzCase;
 }
 

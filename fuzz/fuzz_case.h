@@ -3,13 +3,14 @@
 // exists), a receiver picture with an optional mask (either may have a malformed
 // host bitmap record), and one to three calls of the fifteen methods with their
 // arguments, each on the receiver (as an earlier in-place mirror left it) or on
-// the picture the call before it returned. decode_fuzz_case.cpp defines the byte
-// layout.
+// the picture the call before it returned; and the parts of the plug-in checked
+// directly (direct_checks.h). decode_fuzz_case.cpp defines the byte layout.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "simhost/simulated_host.h"
@@ -38,11 +39,40 @@ struct MethodCall {
     int32_t height = 0;
 };
 
+// The specialised loops against their plain per-pixel definitions, on pictures
+// of the editor's own over memory: a mirror or quarter turn, and shears of rows
+// and of columns by skews from firstSkew on, each line's skewStep further.
+struct LoopCase {
+    int32_t sourceFormat = 0;
+    int32_t destinationFormat = 0;
+    int mapping = 0;                    // a PixelMapping
+    int32_t width = 0;                  // 1 to 64 each, or no case at all
+    int32_t height = 0;
+    int32_t extraLength = 0;            // how much longer a sheared line is
+    uint32_t seed = 0;
+    double firstSkew = 0.0;
+    double skewStep = 0.0;
+    uint8_t background[4] = {};
+};
+
+// Start-up's reshaping of class records that this plug-in's own never exercise:
+// methods with setters, properties, and declarations near and past the host's
+// 1000-byte buffers.
+struct RecordCase {
+    std::string declaration;
+    std::string className;
+    int methods = 0;     // each with a setter when its bit in setters is set
+    uint32_t setters = 0;
+    int properties = 0;  // in each of the two property tables
+};
+
 struct FuzzCase {
     simhost::HostConfig host;
     std::optional<PictureRecipe> receiver;  // nullopt: the receiver is nil
     std::optional<PictureRecipe> mask;
     std::vector<MethodCall> calls;          // one to three
+    std::optional<LoopCase> loops;
+    std::optional<RecordCase> records;
 };
 
 FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size);

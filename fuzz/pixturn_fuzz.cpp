@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/direct_checks.h"
 #include "fuzz/expected_results.h"
 #include "fuzz/fuzz_case.h"
 #include "plugin/process_state.h"
@@ -168,6 +169,12 @@ void Run(const FuzzCase& fuzzCase) {
     const std::vector<std::string> problems = UnexpectedProblems(host, fuzzCase);
     if (!problems.empty()) Finding("ledger not balanced", problems);
     if (receiver != nullptr) host.Release(receiver);
+
+    if (fuzzCase.loops)
+        if (std::string difference = CompareLoopsWithDefinitions(*fuzzCase.loops); !difference.empty())
+            Finding(difference);
+    if (fuzzCase.records)
+        if (std::string problem = ReshapeRecords(*fuzzCase.records); !problem.empty()) Finding(problem);
 }
 
 }  // namespace
