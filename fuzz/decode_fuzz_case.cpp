@@ -263,9 +263,11 @@ FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
     // 4 x 4 picture; 0 leaves it unbounded.
     if (const uint8_t memory = in.Byte() % 12) fuzzCase.host.largestPixelAllocation = size_t{1} << (2 * memory + 4);
 
+    // Small pictures: the loops' own tests take them past a tile.
+    constexpr int32_t kLoopSide = 24;
     LoopCase loops;
-    loops.width = in.Byte() % (kSmallSide + 1);
-    loops.height = in.Byte() % (kSmallSide + 1);
+    loops.width = in.Byte() % (kLoopSide + 1);
+    loops.height = in.Byte() % (kLoopSide + 1);
     if (loops.width > 0 && loops.height > 0) {
         constexpr std::array<int32_t, 3> kFormats = {13, 12, 8};
         loops.sourceFormat = in.Pick(kFormats);

@@ -46,7 +46,7 @@ struct LoopCase {
     int32_t sourceFormat = 0;
     int32_t destinationFormat = 0;
     int mapping = 0;                    // a PixelMapping
-    int32_t width = 0;                  // 1 to 64 each, or no case at all
+    int32_t width = 0;                  // 1 to 24 each, or no case at all
     int32_t height = 0;
     int32_t extraLength = 0;            // how much longer a sheared line is
     uint32_t seed = 0;

@@ -16,6 +16,7 @@
 #include "fuzz/direct_checks.h"
 #include "fuzz/expected_results.h"
 #include "fuzz/fuzz_case.h"
+#include "platform/macos/macos_system.h"
 #include "plugin/process_state.h"
 #include "simhost/simulated_host.h"
 #include "tests/support/pictures.h"
@@ -183,9 +184,10 @@ void Run(const FuzzCase& fuzzCase) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // Before the input, so that it meets the plug-in as loaded; and after it, so
     // that what start-up allocated is given back within the input, as libFuzzer's
-    // leak check counts it.
+    // leak check counts it (and so is the simulated system's configuration).
     ResetProcessState();
     pixturn_fuzz::Run(pixturn_fuzz::DecodeFuzzCase(data, size));
     ResetProcessState();
+    macos_system::Configure({});
     return 0;
 }
