@@ -4,7 +4,6 @@
 #include "plugin/definitions.h"
 
 #include "plugin/methods.h"
-#include "plugin/process_state.h"
 
 namespace {
 
