@@ -203,8 +203,8 @@ std::string CompareRotation(SimulatedHost& host, const simhost::HostConfig& conf
     if (result == nullptr) return {};
     if (!expected) return "a picture where the model gives nil";
 
-    if (std::string difference = Describe(test_support::ReadImage(host, result), expected->picture); !difference.empty())
-        return difference;
+    const Image actual = test_support::ReadImage(host, result);
+    if (std::string difference = Describe(actual, expected->picture); !difference.empty()) return difference;
     REALpicture mask = host.MaskOf(result);
     if (mask == nullptr) return expected->mask ? "no mask where the model has one" : "";
     if (!expected->mask) return "a mask where the model has none";

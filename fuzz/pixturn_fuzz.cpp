@@ -130,7 +130,8 @@ REALpicture RunCall(SimulatedHost& host, const FuzzCase& fuzzCase, const MethodC
     if (target == nullptr && (outcome.picture != nullptr || outcome.flag)) Finding("a nil picture gave a result");
     if ((!IsInPlace(call.method) || !outcome.flag) && StoredStateOf(host, target) != stored)
         Finding(IsInPlace(call.method) ? "a failed in-place mirror changed the picture" : "the picture changed");
-    if (call.method->form == simhost::MethodForm::AngleAndBackground && outcome.picture != nullptr && host.MaskOf(outcome.picture) != nullptr)
+    const bool turned = call.method->form == simhost::MethodForm::AngleAndBackground;
+    if (turned && outcome.picture != nullptr && host.MaskOf(outcome.picture) != nullptr)
         Finding("a turned picture carries a mask");
     if (modelled) {
         const std::string difference = CompareWithModels(host, fuzzCase.host, call, subject, before, target, outcome);
@@ -145,10 +146,9 @@ void Run(const FuzzCase& fuzzCase) {
 
     REALpicture receiver = fuzzCase.receiver ? MakePicture(host, *fuzzCase.receiver) : nullptr;
     if (receiver != nullptr && fuzzCase.mask) {
-        if (REALpicture mask = MakePicture(host, *fuzzCase.mask)) {
-            host.SetMask(receiver, mask);
-            host.Release(mask);
-        }
+        REALpicture mask = MakePicture(host, *fuzzCase.mask);
+        host.SetMask(receiver, mask);
+        host.Release(mask);
     }
     const Subject receiverSubject{fuzzCase.receiver.value_or(PictureRecipe{}), fuzzCase.mask};
 

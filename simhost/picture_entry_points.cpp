@@ -125,7 +125,8 @@ REALpicture REALGetPictureMask(REALpicture picture, uint8_t create) {
         if (!create) return nullptr;
         // Its first reference is the picture's own.
         try {
-            object->mask = MakeFilledPicture(*host, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255});
+            object->mask =
+                MakeFilledPicture(*host, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255});
         } catch (const std::bad_alloc&) {
             return nullptr;
         }

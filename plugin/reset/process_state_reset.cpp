@@ -42,7 +42,7 @@ void ResetProcessState() {
     gExtensionModule = nullptr;
 
     gHostEntryPointSlots = {};
-    if (gLegacyFunctions.ApplicationServicesFramework != nullptr) CFRelease(gLegacyFunctions.ApplicationServicesFramework);
+    if (CFBundleRef framework = gLegacyFunctions.ApplicationServicesFramework) CFRelease(framework);
     gLegacyFunctions = {};
 
     IsDesktop = false;

@@ -23,7 +23,8 @@ std::string Registered(const simhost::Registration& registration) {
          << registration.name << ' ' << registration.classFlags << ' ' << registration.registrations << ' '
          << registration.announcedVersion.value_or(-1) << '\n';
     for (const simhost::RegisteredMethod& method : registration.methods)
-        text << reinterpret_cast<const void*>(method.function) << ' ' << method.declaration << ' ' << method.flags << '\n';
+        text << reinterpret_cast<const void*>(method.function) << ' ' << method.declaration << ' ' << method.flags
+             << '\n';
     return text.str();
 }
 
