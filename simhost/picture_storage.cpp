@@ -174,7 +174,8 @@ size_t PictureStore::StoredBytesHash() const {
     const size_t rowLength = static_cast<size_t>(width_) * (shown.empty() ? BytesPerPixel() : sizeof(Rgba));
     for (int32_t y = 0; y < height_; ++y) {
         if (!shown.empty()) ReadRow(y, shown.data());
-        combined = combined * 1000003 ^ hash(shown.empty() ? Address(0, y) : shown.data(), rowLength);
+        const void* row = shown.empty() ? static_cast<const void*>(Address(0, y)) : shown.data();
+        combined = combined * 1000003 ^ hash(row, rowLength);
     }
     return combined;
 }

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "simhost/built_plugin.h"
 #include "tests/tools/pixturn_runner.h"
 
 namespace pixturn_test {
