@@ -34,7 +34,10 @@ std::optional<Rearrangement> RearrangementOf(const PictureMethod& method) {
 }  // namespace
 
 Image CutFromCentre(const Image& whole, int32_t width, int32_t height, Rgba untouched) {
-    const int32_t dx = (whole.width - width) / 2, dy = (whole.height - height) / 2;
+    return Placed(whole, width, height, (whole.width - width) / 2, (whole.height - height) / 2, untouched);
+}
+
+Image Placed(const Image& whole, int32_t width, int32_t height, int32_t dx, int32_t dy, Rgba untouched) {
     Image cut{width, height, std::vector<Rgba>(static_cast<size_t>(width) * height, untouched)};
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x)
@@ -43,10 +46,14 @@ Image CutFromCentre(const Image& whole, int32_t width, int32_t height, Rgba unto
     return cut;
 }
 
+simhost::Storage NewPictureStorage(const simhost::HostConfig& host) {
+    return host.newPictureStorage.value_or(host.kind == simhost::HostKind::Desktop ? simhost::Storage::GWorld32
+                                                                                  : simhost::Storage::HostBitmap);
+}
+
 std::optional<Image> ModelMethod(const PictureMethod& method, const Image& source, const Arguments& arguments,
                                  const simhost::HostConfig& host) {
-    const simhost::Storage storage = host.newPictureStorage.value_or(
-        host.kind == simhost::HostKind::Desktop ? simhost::Storage::GWorld32 : simhost::Storage::HostBitmap);
+    const simhost::Storage storage = NewPictureStorage(host);
     const uint32_t fill = host.newPictureFill;
     const Rgba filled = StoredPixel(storage, fill >> 16 & 0xFF, fill >> 8 & 0xFF, fill & 0xFF, fill >> 24);
     if (const std::optional<Rearrangement> rearrangement = RearrangementOf(method)) {

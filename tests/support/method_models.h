@@ -20,9 +20,14 @@ struct Arguments {
     int32_t width = 11, height = 4;
 };
 
-// The part of the size of `width` x `height` around the centre of `whole`; where
-// that reaches past `whole`, `untouched`.
+// A picture of `width` x `height` showing `whole` from its pixel (dx, dy) on;
+// where that reaches past `whole`, `untouched`.
+Image Placed(const Image& whole, int32_t width, int32_t height, int32_t dx, int32_t dy, simhost::Rgba untouched);
+// The part of that size around the centre of `whole`.
 Image CutFromCentre(const Image& whole, int32_t width, int32_t height, simhost::Rgba untouched);
+
+// How the host stores the pictures it makes.
+simhost::Storage NewPictureStorage(const simhost::HostConfig& host);
 
 // The picture the method gives (the receiver's for the in-place mirrors) on a
 // host configured so, whose new pictures hold its fill where nothing is drawn;
