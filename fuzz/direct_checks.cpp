@@ -1,4 +1,4 @@
-#include "fuzz/direct_checks.h"
+#include "fuzz/fuzz_case.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "plugin/process_state.h"
 #include "plugin/registration_forms.h"
 #include "tests/unit/memory_picture.h"
 #include "transforms/pixel_moves.h"
@@ -111,20 +112,10 @@ std::string ReshapeRecords(const RecordCase& records) {
 
     Record module = RecordFor(records);
     TranslateDefinitionFlags(module.definition, 2013.04);
-    if (REALmoduleDefinition* built = BuildExtensionModule(module.definition, "Part", 13)) {
-        for (int32_t i = 0; i < built->methodCount; ++i) std::free(const_cast<char*>(built->methods[i].declaration));
-        std::free(built->methods);
-        std::free(const_cast<char*>(built->name));
-        std::free(built);
-    }
+    FreeExtensionModule(BuildExtensionModule(module.definition, "Part", 13));
 
     Record older = RecordFor(records);
-    if (ConvertToOlderLayout(older.definition)) {
-        auto& converted = reinterpret_cast<REALclassDefinitionV9&>(older.definition);
-        std::free(converted.properties);
-        std::free(converted.methods);
-        std::free(converted.sharedProperties);
-    }
+    if (ConvertToOlderLayout(older.definition)) FreeOlderLayoutTables(older.definition);
     return {};
 }
 

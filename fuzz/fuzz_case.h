@@ -4,7 +4,7 @@
 // host bitmap record), and one to three calls of the fifteen methods with their
 // arguments, each on the receiver (as an earlier in-place mirror left it) or on
 // the picture the call before it returned; and the parts of the plug-in checked
-// directly (direct_checks.h). decode_fuzz_case.cpp defines the byte layout.
+// directly. decode_fuzz_case.cpp defines the byte layout.
 #pragma once
 
 #include <cstddef>
@@ -65,6 +65,15 @@ struct RecordCase {
     uint32_t setters = 0;
     int properties = 0;  // in each of the two property tables
 };
+
+// Parts of the plug-in called directly rather than through a method, because no
+// host of this plug-in reaches them (direct_checks.cpp). Each returns what went
+// wrong, or nothing: the specialised loops give the bytes their plain
+// definitions give; rewritten declarations stay within the host's buffers, and
+// records with setters and properties convert without a fault (the sanitizers
+// watch).
+std::string CompareLoopsWithDefinitions(const LoopCase& loops);
+std::string ReshapeRecords(const RecordCase& records);
 
 struct FuzzCase {
     simhost::HostConfig host;

@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/direct_checks.h"
 #include "fuzz/expected_results.h"
 #include "fuzz/fuzz_case.h"
 #include "platform/macos/macos_system.h"
@@ -68,34 +67,24 @@ std::vector<std::string> UnexpectedProblems(const SimulatedHost& host, const Fuz
     return problems;
 }
 
+// The registered function called with the arguments of its form.
+template <typename Result, typename... Arguments>
+Result Invoke(REALproc function, REALpicture receiver, Arguments... arguments) {
+    return reinterpret_cast<Result (*)(REALpicture, Arguments...)>(function)(receiver, arguments...);
+}
+
 Outcome Call(REALproc function, REALpicture receiver, const MethodCall& call) {
-    using PictureResult = REALpicture (*)(REALpicture);
-    using FlagMethod = bool (*)(REALpicture);
-    Outcome outcome;
+    using simhost::MethodForm;
     switch (call.method->form) {
-    case simhost::MethodForm::AngleAndBackground:
-        outcome.picture = reinterpret_cast<REALpicture (*)(REALpicture, double, uint32_t)>(function)(
-            receiver, call.angle, call.background);
-        break;
-    case simhost::MethodForm::AngleAndCut:
-        outcome.picture = reinterpret_cast<REALpicture (*)(REALpicture, double, signed char)>(function)(
-            receiver, call.angle, call.cut);
-        break;
-    case simhost::MethodForm::MemoryEstimate:
-        outcome.bytes = reinterpret_cast<int64_t (*)(REALpicture, double)>(function)(receiver, call.angle);
-        break;
-    case simhost::MethodForm::Size:
-        outcome.picture = reinterpret_cast<REALpicture (*)(REALpicture, int32_t, int32_t)>(function)(
-            receiver, call.width, call.height);
-        break;
-    case simhost::MethodForm::InPlace:
-        outcome.flag = reinterpret_cast<FlagMethod>(function)(receiver);
-        break;
-    case simhost::MethodForm::Picture:
-        outcome.picture = reinterpret_cast<PictureResult>(function)(receiver);
-        break;
+    case MethodForm::AngleAndBackground:
+        return {.picture = Invoke<REALpicture>(function, receiver, call.angle, call.background)};
+    case MethodForm::AngleAndCut: return {.picture = Invoke<REALpicture>(function, receiver, call.angle, call.cut)};
+    case MethodForm::MemoryEstimate: return {.bytes = Invoke<int64_t>(function, receiver, call.angle)};
+    case MethodForm::Size: return {.picture = Invoke<REALpicture>(function, receiver, call.width, call.height)};
+    case MethodForm::InPlace: return {.flag = Invoke<bool>(function, receiver)};
+    case MethodForm::Picture: return {.picture = Invoke<REALpicture>(function, receiver)};
     }
-    return outcome;
+    return {};
 }
 
 // What the models need to know of a picture the host made for the plug-in.

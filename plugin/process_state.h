@@ -69,3 +69,7 @@ extern bool IsConsole;
 // definition records unedited, and what start-up allocated for the host freed
 // (call it only once no host holds on to it).
 void ResetProcessState();
+// What it frees: a module BuildExtensionModule made (nullptr allowed), and the
+// tables ConvertToOlderLayout allocated for a definition it converted.
+void FreeExtensionModule(REALmoduleDefinition* module);
+void FreeOlderLayoutTables(REALclassDefinition& definition);

@@ -8,8 +8,6 @@
 #include "plugin/definitions.h"
 #include "plugin/process_state.h"
 
-namespace {
-
 void FreeExtensionModule(REALmoduleDefinition* module) {
     if (module == nullptr) return;
     for (int32_t i = 0; i < module->methodCount; ++i) std::free(const_cast<char*>(module->methods[i].declaration));
@@ -18,7 +16,6 @@ void FreeExtensionModule(REALmoduleDefinition* module) {
     std::free(module);
 }
 
-// The tables the conversion to the older layout allocated, once it has been made.
 void FreeOlderLayoutTables(REALclassDefinition& definition) {
     if (definition.version != kOldestDefinitionVersion) return;
     auto& older = reinterpret_cast<REALclassDefinitionV9&>(definition);
@@ -26,8 +23,6 @@ void FreeOlderLayoutTables(REALclassDefinition& definition) {
     std::free(older.methods);
     std::free(older.sharedProperties);
 }
-
-}  // namespace
 
 void ResetProcessState() {
     FreeExtensionModule(gExtensionModule);

@@ -3,12 +3,12 @@
 // from small records of the test's own so that every word can be told apart.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "plugin/process_state.h"
 #include "plugin/registration_forms.h"
 
 namespace {
@@ -128,17 +128,7 @@ TEST(ConvertToOlderLayout, RebuildsTheTablesWithShorterEntries) {
     EXPECT_TRUE(std::tie(older.events, older.bindDescriptions, older.bindDescriptionCount, older.constants,
                          older.sharedMethods) == std::make_tuple(nullptr, nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(sample.definition.delegateCount, 10) << "words past the older layout are left alone";
-
-    std::free(older.properties);
-    std::free(older.methods);
-    std::free(older.sharedProperties);
-}
-
-void FreeModule(REALmoduleDefinition* module) {
-    for (int32_t i = 0; i < module->methodCount; ++i) std::free(const_cast<char*>(module->methods[i].declaration));
-    std::free(module->methods);
-    std::free(const_cast<char*>(module->name));
-    std::free(module);
+    FreeOlderLayoutTables(sample.definition);
 }
 
 TEST(BuildExtensionModule, PutsEachSetterBeforeItsMethod) {
@@ -164,7 +154,7 @@ TEST(BuildExtensionModule, PutsEachSetterBeforeItsMethod) {
         EXPECT_EQ(method.attributes, expected[i].attributes) << i;
     }
     EXPECT_EQ(module->otherWords[0], nullptr);
-    FreeModule(module);
+    FreeExtensionModule(module);
 }
 
 TEST(BuildExtensionModule, NothingToRegisterGivesNoModule) {
@@ -182,7 +172,7 @@ TEST(BuildExtensionModule, TheNameFitsInNinetyNineCharacters) {
     REALmoduleDefinition* module = BuildExtensionModule(sample.definition, partName.c_str(), 13);
     ASSERT_NE(module, nullptr);
     EXPECT_EQ(module->name, (className + partName).substr(0, 99));
-    FreeModule(module);
+    FreeExtensionModule(module);
 }
 
 }  // namespace
