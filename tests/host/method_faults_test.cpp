@@ -49,7 +49,7 @@ const FaultCase kFaults[] = {
     {"FourthNewPictureFailsAfterThree", HostKind::Console, 30, "+- --- ~ --- +++ --+", NewPictureFailsFrom<4>},
     {"NewPicturesOf24Bits", HostKind::Desktop, 60, "++ +++ ~ +++ +++ +++",
      [](auto& c) { c.newPictureStorage = Storage::GWorld24; }},
-    {"NewPicturesOf16Bits", HostKind::Desktop, 30, "-- --- ~ --- +++ ~~~",
+    {"NewPicturesOf16Bits", HostKind::Desktop, 30, "-- --- ~ --- +++ +++",
      [](auto& c) { c.newPictureStorage = Storage::GWorld16; }},
     {"NoGraphics", HostKind::Desktop, 30, "++ +++ ~ +++ +++ ~~~", [](auto& c) { c.graphicsUnavailable = true; }},
     {"NoDrawPictureOnDesktop", HostKind::Desktop, 30, "++ +++ ~ +++ +++ ~~~",

@@ -71,6 +71,10 @@ Rgba StoredPixel(Storage storage, int32_t r, int32_t g, int32_t b, int32_t a) {
     const Rgba written{uint8_t(r & 0xFF), uint8_t(g & 0xFF), uint8_t(b & 0xFF), uint8_t(a & 0xFF)};
     switch (storage) {
         case Storage::GWorld24: return {written.r, written.g, written.b, 255};
+        case Storage::GWorld16: {  // 5 bits a channel, widened back on reading, and one bit of alpha
+            const auto widen = [](uint8_t c) { return uint8_t((c >> 3) << 3 | (c >> 3) >> 2); };
+            return {widen(written.r), widen(written.g), widen(written.b), uint8_t(written.a >= 128 ? 255 : 0)};
+        }
         case Storage::HostBitmap: {
             const int kept = written.a >> 1;
             return {written.r, written.g, written.b, uint8_t(kept * 2 + (kept & 1))};

@@ -13,8 +13,8 @@
 namespace test_support {
 
 // What a picture of that storage shows after the channels (low 8 bits each)
-// have been written into it: a 24-bit world reads alpha 255, a host bitmap keeps
-// 7 bits of alpha.
+// have been written into it: a 24-bit world reads alpha 255, a 16-bit one keeps
+// 5 bits a channel and 1 of alpha, a host bitmap keeps 7 bits of alpha.
 simhost::Rgba StoredPixel(simhost::Storage storage, int32_t r, int32_t g, int32_t b, int32_t a);
 Image Stored(const Image& image, simhost::Storage storage);
 

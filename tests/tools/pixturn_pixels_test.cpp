@@ -6,7 +6,6 @@
 #include <png.h>
 
 #include <algorithm>
-#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -20,75 +19,67 @@ namespace {
 using simhost::Rgba;
 using simhost::Storage;
 using test_support::ModelRotate;
-using test_support::Rearranged;
-using test_support::Rearrangement;
 
 constexpr uint32_t kAllOnes = 0xFFFFFFFF;
-constexpr Rgba kWhite{255, 255, 255, 255};  // what the host's new pictures start as
+namespace methods = simhost::methods;
 
+// A command on a file, and what the method it calls gives for the file's pixels
+// as the host stores them in the receiver.
 struct MethodCase {
     const char* name;
     std::vector<std::string> arguments;  // after the input file
-    std::function<Image(const Image&)> expected;
+    const simhost::PictureMethod* method;
+    test_support::Arguments modelArguments = {};
+    simhost::HostKind host = simhost::HostKind::Desktop;
+    Storage receiver = Storage::GWorld32;
 };
 
 Image Rotated(const Image& input, double angle, uint32_t background) {
     return *ModelRotate(input, angle, background, Storage::GWorld32);
 }
 
-// A 16-bit world keeps 5 bits a channel, widened back on reading, and one bit of alpha.
-Image Stored16(Image image) {
-    const auto widen = [](uint8_t c) { return static_cast<uint8_t>((c >> 3) << 3 | (c >> 3) >> 2); };
-    for (Rgba& p : image.pixels) p = {widen(p.r), widen(p.g), widen(p.b), static_cast<uint8_t>(p.a >= 128 ? 255 : 0)};
-    return image;
-}
-
 // The rotation as each kind of host stores the file's pixels and the pictures it makes for the plug-in.
-std::vector<std::string> RotateOn(const char* host) {
-    return {"rotate", "--angle", "33", "--background", "#40506070", "--host", host};
+MethodCase RotateOn(const char* name, const char* host, simhost::HostKind kind, Storage receiver) {
+    return {name, {"rotate", "--angle", "33", "--background", "#40506070", "--host", host}, &methods::kRotate,
+            {.angle = 33, .background = 0x70405060}, kind, receiver};
 }
-Image RotatedOn(const Image& stored, Storage newPictures) { return *ModelRotate(stored, 33, 0x70405060, newPictures); }
 
 // Every method and every form of colour, on a desktop host whose 32-bit worlds
 // keep every pixel as it is; then the rotation on each kind of host.
 const MethodCase kMethods[] = {
-    {"RotateDefaultBackground", {"rotate", "--angle", "30"}, [](auto& in) { return Rotated(in, 30, kAllOnes); }},
+    {"RotateDefaultBackground", {"rotate", "--angle", "30"}, &methods::kRotate, {.angle = 30, .background = kAllOnes}},
     // The default the registered declaration gives: six hex digits (alpha 0) before 2011.04.
     {"RotateDefaultBackgroundBefore2011_04", {"rotate", "--angle", "20", "--host-version", "2011.03"},
-     [](auto& in) { return Rotated(in, 20, 0x00FFFFFF); }},
-    {"RotateXojoLiteral", {"rotate", "--angle", "-12.5", "--background", "&c10203040"},
-     [](auto& in) { return Rotated(in, -12.5, 0x40102030); }},
-    {"RotateRawValue", {"rotate", "--angle", "200", "--background", "0x80FF0000"},
-     [](auto& in) { return Rotated(in, 200, 0x80FF0000); }},
-    {"RotateCssWithAlpha", {"rotate", "--angle", "10", "--background", "#10203040"},
-     [](auto& in) { return Rotated(in, 10, 0x40102030); }},
-    {"RotateCssShort", {"rotate", "--angle", "10", "--background", "#aBc"},
-     [](auto& in) { return Rotated(in, 10, 0xFFAABBCC); }},
-    {"RotateNamed", {"rotate", "--angle", "10", "--background", "Navy"},
-     [](auto& in) { return Rotated(in, 10, 0xFF000080); }},
-    {"RotateMaskCut", {"rotate-mask", "--angle", "30", "--cut"},
-     [](auto& in) { return test_support::CutFromCentre(Rotated(in, 30, kAllOnes), in.width, in.height, kWhite); }},
-    {"Rotate90", {"rotate90"}, [](auto& in) { return Rearranged(in, Rearrangement::QuarterAnticlockwise); }},
-    {"Rotate180", {"rotate180"}, [](auto& in) { return Rearranged(in, Rearrangement::BothWays); }},
-    {"Rotate270", {"rotate270"}, [](auto& in) { return Rearranged(in, Rearrangement::QuarterClockwise); }},
-    {"Mirror", {"mirror"}, [](auto& in) { return Rearranged(in, Rearrangement::BothWays); }},
-    {"HMirror", {"hmirror"}, [](auto& in) { return Rearranged(in, Rearrangement::LeftRight); }},
-    {"VMirror", {"vmirror"}, [](auto& in) { return Rearranged(in, Rearrangement::TopBottom); }},
-    {"MirrorInPlace", {"mirror-in-place"}, [](auto& in) { return Rearranged(in, Rearrangement::BothWays); }},
-    {"HMirrorInPlace", {"hmirror-in-place"}, [](auto& in) { return Rearranged(in, Rearrangement::LeftRight); }},
-    {"VMirrorInPlace", {"vmirror-in-place"}, [](auto& in) { return Rearranged(in, Rearrangement::TopBottom); }},
-    {"Clone", {"clone"}, [](auto& in) { return in; }},
-    {"CloneToSize", {"clone", "--size", "13x4"},
-     [](auto& in) { return *test_support::ModelMethod(simhost::methods::kCloneToSize, in, {.width = 13, .height = 4}, {}); }},
-    {"Bitmap", {"bitmap"}, [](auto& in) { return in; }},
-    {"RotateOnDesktop", RotateOn("desktop"), [](auto& in) { return RotatedOn(in, Storage::GWorld32); }},
-    {"RotateOnDesktop24", RotateOn("desktop24"),
-     [](auto& in) { return RotatedOn(test_support::Stored(in, Storage::GWorld24), Storage::GWorld32); }},
-    {"RotateOnDesktop16", RotateOn("desktop16"), [](auto& in) { return RotatedOn(Stored16(in), Storage::GWorld32); }},
-    {"RotateOnConsole", RotateOn("console"),
-     [](auto& in) { return RotatedOn(test_support::Stored(in, Storage::HostBitmap), Storage::HostBitmap); }},
-    {"RotateOnWeb", RotateOn("web"),
-     [](auto& in) { return RotatedOn(test_support::Stored(in, Storage::HostBitmap), Storage::HostBitmap); }},
+     &methods::kRotate, {.angle = 20, .background = 0x00FFFFFF}},
+    {"RotateXojoLiteral", {"rotate", "--angle", "-12.5", "--background", "&c10203040"}, &methods::kRotate,
+     {.angle = -12.5, .background = 0x40102030}},
+    {"RotateRawValue", {"rotate", "--angle", "200", "--background", "0x80FF0000"}, &methods::kRotate,
+     {.angle = 200, .background = 0x80FF0000}},
+    {"RotateCssWithAlpha", {"rotate", "--angle", "10", "--background", "#10203040"}, &methods::kRotate,
+     {.angle = 10, .background = 0x40102030}},
+    {"RotateCssShort", {"rotate", "--angle", "10", "--background", "#aBc"}, &methods::kRotate,
+     {.angle = 10, .background = 0xFFAABBCC}},
+    {"RotateNamed", {"rotate", "--angle", "10", "--background", "Navy"}, &methods::kRotate,
+     {.angle = 10, .background = 0xFF000080}},
+    {"RotateMaskCut", {"rotate-mask", "--angle", "30", "--cut"}, &methods::kRotateImageAndMask,
+     {.angle = 30, .cut = true}},
+    {"Rotate90", {"rotate90"}, &methods::kRotate90},
+    {"Rotate180", {"rotate180"}, &methods::kRotate180},
+    {"Rotate270", {"rotate270"}, &methods::kRotate270},
+    {"Mirror", {"mirror"}, &methods::kMirror},
+    {"HMirror", {"hmirror"}, &methods::kHMirror},
+    {"VMirror", {"vmirror"}, &methods::kVMirror},
+    {"MirrorInPlace", {"mirror-in-place"}, &methods::kMirrorInPlace},
+    {"HMirrorInPlace", {"hmirror-in-place"}, &methods::kHMirrorInPlace},
+    {"VMirrorInPlace", {"vmirror-in-place"}, &methods::kVMirrorInPlace},
+    {"Clone", {"clone"}, &methods::kClone},
+    {"CloneToSize", {"clone", "--size", "13x4"}, &methods::kCloneToSize, {.width = 13, .height = 4}},
+    {"Bitmap", {"bitmap"}, &methods::kBitmap},
+    RotateOn("RotateOnDesktop", "desktop", simhost::HostKind::Desktop, Storage::GWorld32),
+    RotateOn("RotateOnDesktop24", "desktop24", simhost::HostKind::Desktop, Storage::GWorld24),
+    RotateOn("RotateOnDesktop16", "desktop16", simhost::HostKind::Desktop, Storage::GWorld16),
+    RotateOn("RotateOnConsole", "console", simhost::HostKind::Console, Storage::HostBitmap),
+    RotateOn("RotateOnWeb", "web", simhost::HostKind::Web, Storage::HostBitmap),
 };
 
 class MethodPixels : public testing::TestWithParam<MethodCase> {};
@@ -103,7 +94,9 @@ TEST_P(MethodPixels, FileHoldsWhatTheMethodGives) {
     const RunResult run = RunPixturn(arguments);
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
-    EXPECT_EQ(ReadPng(dir / "out.png").image, GetParam().expected(input));
+    const MethodCase& c = GetParam();
+    EXPECT_EQ(ReadPng(dir / "out.png").image, test_support::ModelMethod(*c.method, test_support::Stored(input, c.receiver),
+                                                                       c.modelArguments, {.kind = c.host}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Pixturn, MethodPixels, testing::ValuesIn(kMethods), [](const auto& info) { return info.param.name; });
