@@ -25,23 +25,24 @@ using test_support::NewPictureStorage;
 // The rotation models normalise angles by whole turns, one step at a time.
 constexpr double kLargestModelledAngle = 1e6;
 
+// Empty when the two are alike; else their sizes or their first pixel that differs.
 std::string Describe(const Image& actual, const Image& expected) {
     std::ostringstream out;
+    const auto show = [&](Rgba p) { out << int(p.r) << "," << int(p.g) << "," << int(p.b) << "," << int(p.a); };
     if (actual.width != expected.width || actual.height != expected.height) {
         out << "size " << actual.width << "x" << actual.height << ", expected " << expected.width << "x"
             << expected.height;
         return out.str();
     }
-    for (int32_t y = 0; y < actual.height; ++y)
-        for (int32_t x = 0; x < actual.width; ++x) {
-            const Rgba a = actual.at(x, y);
-            const Rgba e = expected.at(x, y);
-            if (a == e) continue;
-            out << "pixel (" << x << ", " << y << ") is " << int(a.r) << "," << int(a.g) << "," << int(a.b) << ","
-                << int(a.a) << ", expected " << int(e.r) << "," << int(e.g) << "," << int(e.b) << "," << int(e.a);
-            return out.str();
+    for (size_t i = 0; i < actual.pixels.size(); ++i)
+        if (actual.pixels[i] != expected.pixels[i]) {
+            out << "pixel (" << i % actual.width << ", " << i / actual.width << ") is ";
+            show(actual.pixels[i]);
+            out << ", expected ";
+            show(expected.pixels[i]);
+            break;
         }
-    return {};
+    return out.str();
 }
 
 bool IsWorldOfDepth24Or32(Storage storage) { return storage == Storage::GWorld32 || storage == Storage::GWorld24; }
