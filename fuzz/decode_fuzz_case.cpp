@@ -84,9 +84,8 @@ simhost::HostConfig DecodeHost(ByteReader& in) {
     host.newPictureFailsFromCall = in.Byte() % 6;
 
     const uint8_t failures = in.Byte();
-    if (failures & 0x01) host.failingDescriptionTypes.insert(4);
-    if (failures & 0x02) host.failingDescriptionTypes.insert(8);
-    if (failures & 0x04) host.failingDescriptionTypes.insert(10);
+    for (int bit = 0; bit < 3; ++bit)
+        if (failures >> bit & 1) host.failingDescriptionTypes.insert(std::array{4, 8, 10}[bit]);
     host.graphicsUnavailable = failures & 0x08;
     host.drawPictureUnavailable = failures & 0x10;
     host.system.frameworksFolderFound = !(failures & 0x20);
@@ -177,9 +176,9 @@ double DecodeAngle(ByteReader& in, bool keepPassesThin) {
 
 std::optional<simhost::SimulatedHost::RecordDefect> DecodeDefect(uint8_t choice) {
     using Defect = simhost::SimulatedHost::RecordDefect;
-    constexpr std::array<Defect, 3> kDefects = {Defect::FirstWordNotZero, Defect::ValidityWordZero, Defect::NoRowTable};
-    if (choice % 4 == 0) return std::nullopt;
-    return kDefects[choice % 4 - 1];
+    constexpr std::array<std::optional<Defect>, 4> kDefects = {std::nullopt, Defect::FirstWordNotZero,
+                                                               Defect::ValidityWordZero, Defect::NoRowTable};
+    return kDefects[choice % 4];
 }
 
 int32_t DecodeSizeArgument(ByteReader& in) {
@@ -226,14 +225,10 @@ FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
     CapArea(width, height);
     if (receiver < kStorages.size()) fuzzCase.receiver = DecodePicture(in, kStorages[receiver], width, height);
 
-    const uint8_t mask = in.Byte();
-    if (mask % 3 != 0) {
-        int32_t maskWidth = width;
-        int32_t maskHeight = height;
-        if (mask % 3 == 2) {
-            maskWidth = in.Byte() % (kSmallSide + 1);
-            maskHeight = in.Byte() % (kSmallSide + 1);
-        }
+    // None, one the receiver's size, or one of its own size.
+    if (const uint8_t mask = in.Byte(); mask % 3 != 0) {
+        const int32_t maskWidth = mask % 3 == 2 ? in.Byte() % (kSmallSide + 1) : width;
+        const int32_t maskHeight = mask % 3 == 2 ? in.Byte() % (kSmallSide + 1) : height;
         fuzzCase.mask = DecodePicture(in, kStorages[(mask / 3) % kStorages.size()], maskWidth, maskHeight);
     }
 
