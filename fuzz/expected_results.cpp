@@ -20,7 +20,7 @@ using simhost::Rgba;
 using simhost::SimulatedHost;
 using simhost::Storage;
 using test_support::Image;
-using test_support::NewPictureStorage;
+using simhost::NewPictureStorage;
 
 // The rotation models normalise angles by whole turns, one step at a time.
 constexpr double kLargestModelledAngle = 1e6;

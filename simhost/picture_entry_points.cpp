@@ -27,11 +27,6 @@ namespace {
 constexpr int32_t kLargestSide = 32767;
 constexpr double kFirstHostWithoutUnlockAfterFailure = 2012.0;
 
-Storage NewPictureStorage(const HostConfig& config) {
-    if (config.newPictureStorage) return *config.newPictureStorage;
-    return config.kind == HostKind::Desktop ? Storage::GWorld32 : Storage::HostBitmap;
-}
-
 Rgba Colour(uint32_t argb) {
     return {uint8_t(argb >> 16), uint8_t(argb >> 8), uint8_t(argb), uint8_t(argb >> 24)};
 }
@@ -139,3 +134,8 @@ REALpicture REALGetPictureMask(REALpicture picture, uint8_t create) {
 }
 
 }  // namespace simhost::internal::entry
+
+simhost::Storage simhost::NewPictureStorage(const HostConfig& config) {
+    if (config.newPictureStorage) return *config.newPictureStorage;
+    return config.kind == HostKind::Desktop ? Storage::GWorld32 : Storage::HostBitmap;
+}

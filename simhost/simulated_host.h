@@ -66,12 +66,14 @@ struct HostConfig {
     // (0xAARRGGBB). Opaque white, as the desktop runtime makes them.
     uint32_t newPictureFill = 0xFFFFFFFF;
     // The storage of pictures the host makes for REALNewPicture; by default
-    // GWorld32 on desktop hosts and HostBitmap elsewhere.
+    // GWorld32 on desktop hosts and HostBitmap elsewhere (NewPictureStorage).
     std::optional<Storage> newPictureStorage;
     // Extra bytes at the end of every world row (desktop), so stride errors show.
     int32_t rowPadding = 12;
     macos_system::Configuration system;
 };
+
+Storage NewPictureStorage(const HostConfig& config);
 
 // What the plug-in registered at start-up, deep-copied.
 struct RegisteredMethod {

@@ -46,14 +46,9 @@ Image Placed(const Image& whole, int32_t width, int32_t height, int32_t dx, int3
     return cut;
 }
 
-simhost::Storage NewPictureStorage(const simhost::HostConfig& host) {
-    return host.newPictureStorage.value_or(host.kind == simhost::HostKind::Desktop ? simhost::Storage::GWorld32
-                                                                                  : simhost::Storage::HostBitmap);
-}
-
 std::optional<Image> ModelMethod(const PictureMethod& method, const Image& source, const Arguments& arguments,
                                  const simhost::HostConfig& host) {
-    const simhost::Storage storage = NewPictureStorage(host);
+    const simhost::Storage storage = simhost::NewPictureStorage(host);
     const uint32_t fill = host.newPictureFill;
     const Rgba filled = StoredPixel(storage, fill >> 16 & 0xFF, fill >> 8 & 0xFF, fill & 0xFF, fill >> 24);
     if (const std::optional<Rearrangement> rearrangement = RearrangementOf(method)) {

@@ -26,9 +26,6 @@ Image Placed(const Image& whole, int32_t width, int32_t height, int32_t dx, int3
 // The part of that size around the centre of `whole`.
 Image CutFromCentre(const Image& whole, int32_t width, int32_t height, simhost::Rgba untouched);
 
-// How the host stores the pictures it makes.
-simhost::Storage NewPictureStorage(const simhost::HostConfig& host);
-
 // The picture the method gives (the receiver's for the in-place mirrors) on a
 // host configured so, whose new pictures hold its fill where nothing is drawn;
 // nullopt where the models say nil. Receivers without a mask; not the estimate.

@@ -36,8 +36,7 @@ std::pair<std::string, bool> StartAndTurn(std::optional<double> version, HostKin
     config.kind = kind;
     simhost::SimulatedHost host(config);
     REALPluginMain(simhost::SimulatedHost::Resolver());
-    const auto storage = kind == HostKind::Desktop ? simhost::Storage::GWorld32 : simhost::Storage::HostBitmap;
-    REALpicture picture = host.MakePicture(storage, 3, 2);
+    REALpicture picture = host.MakePicture(simhost::NewPictureStorage(config), 3, 2);
     const simhost::RegisteredMethod* turn = host.registration().Find(simhost::methods::kRotate90);
     REALpicture turned =
         turn != nullptr ? reinterpret_cast<REALpicture (*)(REALpicture)>(turn->function)(picture) : nullptr;
