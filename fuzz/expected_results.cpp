@@ -79,7 +79,7 @@ bool RotationModelled(const simhost::HostConfig& config, const MethodCall& call)
            (std::isnan(call.angle) || std::fabs(call.angle) <= kLargestModelledAngle);
 }
 
-// The models' arguments for a call, with the picture (and not the mask) turned.
+// The arguments of a call as the models take them.
 test_support::Arguments ArgumentsOf(const MethodCall& call) {
     return {.angle = call.angle, .background = call.background, .cut = call.cut != 0, .width = call.width,
             .height = call.height};
