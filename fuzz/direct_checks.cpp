@@ -4,51 +4,16 @@
 #include <cstring>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "plugin/process_state.h"
 #include "plugin/registration_forms.h"
-#include "tests/unit/memory_picture.h"
-#include "transforms/pixel_moves.h"
-#include "transforms/skew_loops.h"
-#include "transforms/skews.h"
+#include "tests/unit/loop_comparisons.h"
 
 namespace pixturn_fuzz {
 namespace {
 
 constexpr size_t kLongestDeclaration = 999;
-
-// Every line's skew, from the first on.
-struct Skews {
-    double next;
-    double step;
-    double operator()() { return std::exchange(next, next + step); }
-};
-
-std::string CompareShears(const LoopCase& loops, MemoryPicture<PictureReader>& source, bool columns) {
-    PictureReader& reader = source.editor;
-    const int32_t width = reader.width + (columns ? 0 : loops.extraLength);
-    const int32_t height = reader.height + (columns ? loops.extraLength : 0);
-    std::mt19937 random(loops.seed);
-    MemoryPicture<PictureWriter> fast(loops.destinationFormat, width, height, random);
-    MemoryPicture<PictureWriter> plain(loops.destinationFormat, width, height, random);
-    plain.bytes = fast.bytes;
-    const Pixel background{loops.background[0], loops.background[1], loops.background[2], loops.background[3]};
-    Skews skews{loops.firstSkew, loops.skewStep};
-    const auto plainShear = columns ? VertSkew : HorizSkew;
-    const int32_t lines = columns ? reader.width : reader.height;
-    for (int32_t line = 0; line < lines; ++line) {
-        const SkewStep step = SplitSkew(skews());
-        plainShear(reader, plain.editor, line, step.offset, step.weight, background.r, background.g, background.b,
-                   background.a);
-    }
-    skews = {loops.firstSkew, loops.skewStep};
-    if (columns) ShearColumns(reader, fast.editor, lines, background, skews);
-    else ShearRows(reader, fast.editor, lines, background, skews);
-    if (fast.bytes == plain.bytes) return {};
-    return columns ? "ShearColumns differs from VertSkew" : "ShearRows differs from HorizSkew";
-}
 
 // A class record of that many methods, setters and properties, declared alike.
 struct Record {
@@ -88,17 +53,20 @@ std::string CompareLoopsWithDefinitions(const LoopCase& loops) {
     std::mt19937 random(loops.seed);
     MemoryPicture<PictureReader> source(loops.sourceFormat, loops.width, loops.height, random);
     const auto mapping = static_cast<PixelMapping>(loops.mapping);
-    const bool exchanged = mapping == PixelMapping::QuarterAnticlockwise || mapping == PixelMapping::QuarterClockwise;
-    const int32_t width = exchanged ? loops.height : loops.width;
-    const int32_t height = exchanged ? loops.width : loops.height;
-    MemoryPicture<PictureWriter> fast(loops.destinationFormat, width, height, random);
-    MemoryPicture<PictureWriter> plain(loops.destinationFormat, width, height, random);
-    plain.bytes = fast.bytes;
-    MovePixels(source.editor, fast.editor, mapping);
-    MovePixelsOneByOne(source.editor, plain.editor, mapping);
-    if (fast.bytes != plain.bytes) return "MovePixels differs from MovePixelsOneByOne";
-    for (const bool columns : {false, true})
-        if (std::string difference = CompareShears(loops, source, columns); !difference.empty()) return difference;
+    if (std::string difference = CompareMoves(source.editor, loops.destinationFormat, mapping, random);
+        !difference.empty())
+        return difference;
+    const Pixel background{loops.background[0], loops.background[1], loops.background[2], loops.background[3]};
+    for (const bool columns : {false, true}) {
+        // Carried from line to line, as the rotation carries them.
+        std::vector<double> skews{loops.firstSkew};
+        while (static_cast<int32_t>(skews.size()) < (columns ? loops.width : loops.height))
+            skews.push_back(skews.back() + loops.skewStep);
+        if (std::string difference = CompareShears(source.editor, loops.destinationFormat, columns,
+                                                   loops.extraLength, skews, background, random);
+            !difference.empty())
+            return difference;
+    }
     return {};
 }
 

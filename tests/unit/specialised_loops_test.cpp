@@ -1,8 +1,10 @@
-// The specialised shears against HorizSkew and VertSkew, byte for byte, over every
-// pair of pixel formats: random bytes (the unused top bit of a host bitmap's
-// alpha byte included), skews with offsets far outside the line on both sides,
-// weights of 0 and exactly 1 (-1e-17 splits into -1 and 1.0). And the integer
-// blend against the double arithmetic it replaces, over every (P, Q) pair.
+// The loops specialised by format pair against their per-pixel definitions, byte
+// for byte, over every pair of pixel formats and random bytes (the unused top
+// bit of a host bitmap's alpha byte included): the shears against HorizSkew and
+// VertSkew with skews far outside the line on both sides and weights of 0 and
+// exactly 1 (-1e-17 splits into -1 and 1.0); the mirrors and quarter turns
+// against MovePixelsOneByOne. And the integer blend against the double
+// arithmetic it replaces, over every (P, Q) pair.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,7 +15,7 @@
 #include <vector>
 
 #include "picture/picture_editor.h"
-#include "tests/unit/memory_picture.h"
+#include "tests/unit/loop_comparisons.h"
 #include "transforms/exact_blend.h"
 #include "transforms/shear_geometry.h"
 #include "transforms/skew_loops.h"
@@ -124,45 +126,20 @@ TEST_P(SkewLoopsTest, RowsAndColumnsMatchThePlainShears) {
     std::uniform_int_distribution<int32_t> side(1, 90);
     std::uniform_real_distribution<double> step(-1.0, 1.0);
     for (int round = 0; round < 40; ++round) {
-        const int32_t width = side(random), height = side(random);
         const Pixel background{int32_t(random() % 256), int32_t(random() % 256), int32_t(random() % 256),
                                int32_t(random() % 256)};
-        MemoryPicture<PictureReader> source(sourceFormat, width, height, random);
-        PictureReader& reader = source.editor;
+        MemoryPicture<PictureReader> source(sourceFormat, side(random), side(random), random);
         for (const bool columns : {false, true}) {
-            const int32_t wider = width + (columns ? 0 : side(random) % 40);
-            const int32_t taller = height + (columns ? side(random) % 40 : 0);
-            MemoryPicture<PictureWriter> plain(destinationFormat, wider, taller, random);
-            MemoryPicture<PictureWriter> fast(destinationFormat, wider, taller, random);
-            fast.bytes = plain.bytes;
-
-            const int32_t lines = columns ? width : height;
-            const int32_t span = columns ? taller : wider;
+            const int32_t extra = side(random) % 40;
+            const int32_t span = (columns ? source.editor.height : source.editor.width) + extra;
+            const size_t lines = static_cast<size_t>(columns ? source.editor.width : source.editor.height);
             std::vector<double> skews{-1e-17, -0.0, 0.0, 3.0, -2.0, 0.5};
             for (double skew = std::uniform_real_distribution<double>(-1.5 * span, 1.5 * span)(random);
-                 static_cast<int32_t>(skews.size()) < lines; skew += step(random))
+                 skews.size() < lines; skew += step(random))
                 skews.push_back(skew);
-            skews.resize(static_cast<size_t>(lines));
-
-            for (int32_t line = 0; line < lines; ++line) {
-                const SkewStep split = SplitSkew(skews[static_cast<size_t>(line)]);
-                (columns ? VertSkew : HorizSkew)(reader, plain.editor, line, split.offset, split.weight, background.r,
-                                                 background.g, background.b, background.a);
-            }
-            // Columns blend in SSE2 only; rows in every width the processor has.
-            const std::vector<uint8_t> unwritten = fast.bytes;
-            for (const BlendWidth width : columns ? std::vector{BlendWidth::kSse2} : SupportedWidths()) {
-                fast.bytes = unwritten;
-                size_t next = 0;
-                auto nextSkew = [&] { return skews.at(next++); };
-                if (columns)
-                    ShearColumns(reader, fast.editor, lines, background, nextSkew);
-                else
-                    ShearRows(reader, fast.editor, lines, background, nextSkew, width);
-                EXPECT_EQ(next, skews.size()) << "one skew per line, in order";
-                ASSERT_EQ(fast.bytes, plain.bytes) << (columns ? "columns" : "rows") << ", round " << round
-                                                   << ", width " << static_cast<int>(width);
-            }
+            skews.resize(lines);
+            ASSERT_EQ(CompareShears(source.editor, destinationFormat, columns, extra, skews, background, random), "")
+                << "round " << round;
         }
     }
 }
@@ -172,6 +149,30 @@ INSTANTIATE_TEST_SUITE_P(FormatPairs, SkewLoopsTest,
                          [](const auto& info) {
                              return "From" + std::to_string(std::get<0>(info.param)) + "To" +
                                     std::to_string(std::get<1>(info.param));
+                         });
+
+class PixelMovesTest : public ::testing::TestWithParam<std::tuple<int32_t, int32_t, PixelMapping>> {};
+
+TEST_P(PixelMovesTest, SpecialisedLoopsWriteWhatTheDefinitionWrites) {
+    const auto [sourceFormat, destinationFormat, mapping] = GetParam();
+    // 70 x 66 runs past one tile of the quarter turns both ways.
+    for (auto [w, h] : {std::pair{1, 1}, {1, 5}, {7, 1}, {5, 3}, {70, 66}}) {
+        std::mt19937 random(17);
+        MemoryPicture<PictureReader> source(sourceFormat, w, h, random);
+        EXPECT_EQ(CompareMoves(source.editor, destinationFormat, mapping, random), "") << w << " x " << h;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryFormatPair, PixelMovesTest,
+                         ::testing::Combine(::testing::ValuesIn(kPixelFormats), ::testing::ValuesIn(kPixelFormats),
+                                            ::testing::Values(PixelMapping::HalfTurn, PixelMapping::LeftRight,
+                                                              PixelMapping::TopBottom,
+                                                              PixelMapping::QuarterAnticlockwise,
+                                                              PixelMapping::QuarterClockwise)),
+                         [](const auto& info) {
+                             return "From" + std::to_string(std::get<0>(info.param)) + "To" +
+                                    std::to_string(std::get<1>(info.param)) + "Mapping" +
+                                    std::to_string(static_cast<int>(std::get<2>(info.param)));
                          });
 
 }  // namespace
