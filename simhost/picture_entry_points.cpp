@@ -24,7 +24,6 @@ namespace simhost::internal::entry {
 
 namespace {
 
-constexpr int32_t kLargestSide = 32767;
 constexpr double kFirstHostWithoutUnlockAfterFailure = 2012.0;
 
 Rgba Colour(uint32_t argb) {
@@ -64,7 +63,7 @@ REALpicture newPicture(int32_t width, int32_t height, int32_t depth) {
     HostState* host = HostState::Enter("newPicture");
     if (host == nullptr) return nullptr;
     const int call = ++host->newPictureCalls;
-    if (depth != 32 || width < 1 || height < 1 || width > kLargestSide || height > kLargestSide) {
+    if (depth != 32 || width < 1 || height < 1 || width > kLargestPictureSide || height > kLargestPictureSide) {
         host->Problem("newPicture asked for " + std::to_string(width) + " x " + std::to_string(height) + " at depth " +
                       std::to_string(depth));
         return nullptr;

@@ -36,6 +36,9 @@ class HostState;
 // host answers for (none: the first picture's type decides).
 enum class HostKind { Desktop, Console, Web, Undecided };
 
+// The host makes no picture wider or taller than this.
+inline constexpr int32_t kLargestPictureSide = 32767;
+
 // How a picture is stored.
 enum class Storage {
     GWorld32,    // desktop: QuickDraw world of depth 32, bytes A, R, G, B

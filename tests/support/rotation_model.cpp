@@ -13,7 +13,7 @@ namespace {
 using simhost::Rgba;
 using simhost::Storage;
 
-constexpr double kSideLimit = 32767;
+constexpr double kSideLimit = simhost::kLargestPictureSide;
 
 struct Channels {
     int32_t c[4];  // r, g, b, a

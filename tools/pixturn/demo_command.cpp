@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "simhost/simulated_host.h"
 #include "tools/pixturn/command_support.h"
 #include "tools/pixturn/commands.h"
 #include "tools/pixturn/contact_sheet.h"
@@ -52,8 +53,8 @@ std::vector<DemoStep> Steps(const Image& input) {
     using namespace methods;
     // A quarter more on each side, capped at the host's limit, so the clone
     // shows the new area beside the unscaled original.
-    const int32_t wider = std::min(kMaxPictureSide, input.width + input.width / 4 + 1);
-    const int32_t taller = std::min(kMaxPictureSide, input.height + input.height / 4 + 1);
+    const int32_t wider = std::min(simhost::kLargestPictureSide, input.width + input.width / 4 + 1);
+    const int32_t taller = std::min(simhost::kLargestPictureSide, input.height + input.height / 4 + 1);
     return {
         {"rotate-30", &kRotate, Rotation(30)},
         {"rotate-minus-12.5-transparent", &kRotate, Rotation(-12.5, 0x00000000)},

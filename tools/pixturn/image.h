@@ -12,9 +12,6 @@
 
 namespace pixturn {
 
-// The host refuses pictures wider or taller than this.
-constexpr int32_t kMaxPictureSide = 32767;
-
 // Bytes that are written before they are read need no zeros first: a file's
 // header may promise 32767 x 32767 pixels (4 GiB) that its data never delivers,
 // and pages never written are never touched.

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "simhost/simulated_host.h"
 #include "tools/pixturn/exif_orientation.h"
 #include "tools/pixturn/failure.h"
 
@@ -177,9 +178,9 @@ Image ReadJpeg(FILE* file, const std::string& path, const ReadSettings& settings
 
     const JDIMENSION width = state.codec.image_width;
     const JDIMENSION height = state.codec.image_height;
-    if (width > kMaxPictureSide || height > kMaxPictureSide) {
+    if (width > simhost::kLargestPictureSide || height > simhost::kLargestPictureSide) {
         throw RunError(path + ": " + std::to_string(width) + " x " + std::to_string(height) +
-                       " pixels is over the host's limit of " + std::to_string(kMaxPictureSide) +
+                       " pixels is over the host's limit of " + std::to_string(simhost::kLargestPictureSide) +
                        " pixels a side");
     }
     state.image.width = static_cast<int32_t>(width);

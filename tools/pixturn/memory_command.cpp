@@ -5,6 +5,7 @@
 #include <cinttypes>
 #include <cstdio>
 
+#include "simhost/simulated_host.h"
 #include "tools/pixturn/command_support.h"
 #include "tools/pixturn/commands.h"
 #include "tools/pixturn/failure.h"
@@ -19,9 +20,9 @@ int RunMemoryEstimate(const Command& command, const Invocation& invocation) {
         throw UsageError(std::string(command.name) + ": give either a FILE or --size WxH");
     }
     const PictureSize size = invocation.size;
-    if (!fromFile && (size.width > kMaxPictureSide || size.height > kMaxPictureSide)) {
+    if (!fromFile && (size.width > simhost::kLargestPictureSide || size.height > simhost::kLargestPictureSide)) {
         throw UsageError("--size: " + SizeText(size.width, size.height) + " is over the host's limit of " +
-                         std::to_string(kMaxPictureSide) + " pixels a side");
+                         std::to_string(simhost::kLargestPictureSide) + " pixels a side");
     }
     ReadSettings header = invocation.reading;
     header.sizeOnly = true;

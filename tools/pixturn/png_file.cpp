@@ -12,6 +12,7 @@
 #include <cstring>
 #include <vector>
 
+#include "simhost/simulated_host.h"
 #include "tools/pixturn/failure.h"
 
 namespace pixturn {
@@ -177,9 +178,9 @@ Image ReadPng(FILE* file, const std::string& path, const ReadSettings& settings)
 
     const png_uint_32 width = png_get_image_width(state.png, state.info);
     const png_uint_32 height = png_get_image_height(state.png, state.info);
-    if (width > kMaxPictureSide || height > kMaxPictureSide) {
+    if (width > simhost::kLargestPictureSide || height > simhost::kLargestPictureSide) {
         throw RunError(path + ": " + std::to_string(width) + " x " + std::to_string(height) +
-                       " pixels is over the host's limit of " + std::to_string(kMaxPictureSide) +
+                       " pixels is over the host's limit of " + std::to_string(simhost::kLargestPictureSide) +
                        " pixels a side");
     }
     if (png_get_rowbytes(state.png, state.info) != static_cast<size_t>(width) * 4) {
