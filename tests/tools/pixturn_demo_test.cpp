@@ -120,6 +120,7 @@ TEST(PixturnHelp, HelpAndVersion) {
     ASSERT_EQ(help.status, 0);
     EXPECT_EQ(RunPixturn({"--help"}).out, help.out);
     EXPECT_EQ(help.out.rfind("usage: pixturn COMMAND", 0), 0u) << help.out;
+    EXPECT_NE(help.out.find("\n  pixturn rotate FILE... --angle DEG [OPTION...]\n"), std::string::npos) << help.out;
     EXPECT_NE(RunPixturn({"help", "rotate"}).out.find("usage: pixturn rotate FILE... --angle DEG"), std::string::npos);
     EXPECT_EQ(RunPixturn({"--version"}).out, std::string("pixturn ") + PIXTURN_VERSION + "\n");
 }

@@ -40,15 +40,19 @@ void PrintWrapped(const std::string& text, size_t indent, size_t width) {
     std::printf("\n");
 }
 
-std::string UsageLine(const Command& command) {
+// With every option the command takes, or (brief, for the overview) with the
+// ones it requires and "[OPTION...]" for the rest, which "help COMMAND" lists.
+std::string UsageLine(const Command& command, bool brief) {
     std::string line = std::string("pixturn ") + command.name;
     if (command.operands[0] != '\0') line += std::string(" ") + command.operands;
     for (const OptionSpec& option : AllOptions()) {
-        if ((command.accepted & option.bit) == 0) continue;
+        const bool required = (command.required & option.bit) != 0;
+        if ((command.accepted & option.bit) == 0 || (brief && !required)) continue;
         std::string text = option.shortName != nullptr ? option.shortName : option.name;
         if (option.value != nullptr) text += std::string(" ") + option.value;
-        line += (command.required & option.bit) != 0 ? " " + text : " [" + text + "]";
+        line += required ? " " + text : " [" + text + "]";
     }
+    if (brief && (command.accepted & ~command.required) != 0) line += " [OPTION...]";
     return line;
 }
 
@@ -64,7 +68,7 @@ void PrintOptions(unsigned accepted) {
 }
 
 void PrintCommandHelp(const Command& command) {
-    std::printf("usage: %s\n\n", UsageLine(command).c_str());
+    std::printf("usage: %s\n\n", UsageLine(command, false).c_str());
     PrintWrapped(command.summary, 2, 96);
     if (command.accepted != 0) {
         std::printf("\noptions:\n");
@@ -78,10 +82,10 @@ void PrintOverview() {
         "Runs the PixTurn plug-in's Picture methods on image files. pixturn is a Xojo host: it loads the\n"
         "shipped plug-in library, starts it through REALPluginMain and calls the methods it registers.\n"
         "Input: PNG (any kind) or JPEG, '-' for standard input. Output: PNG or JPEG by the output's\n"
-        "extension or --format.\n\n"
+        "extension or --format. 'pixturn help COMMAND' shows the options a command takes.\n\n"
         "commands:\n");
     for (const Command& command : AllCommands()) {
-        std::printf("  %s\n", UsageLine(command).c_str());
+        std::printf("  %s\n", UsageLine(command, true).c_str());
         PrintWrapped(command.summary, 6, 96);
     }
     std::printf("\noptions:\n");
