@@ -28,48 +28,12 @@ struct BoundMethod {
     REALproc function = nullptr;
 };
 
-using MethodCall = std::function<bool(PluginSession&, REALproc)>;
 using Allowance = std::function<int64_t(PluginSession&)>;
 
 enum class Receiver { Card, MaskedCard };
 
 REALpicture ReceiverIn(PluginSession& session, Receiver receiver) {
     return receiver == Receiver::MaskedCard ? session.maskedCard() : session.card();
-}
-
-template <typename... Arguments>
-MethodCall NewPicture(Receiver receiver, Arguments... arguments) {
-    return [=](PluginSession& session, REALproc function) {
-        const auto method = reinterpret_cast<REALpicture (*)(REALpicture, Arguments...)>(function);
-        REALpicture result = method(ReceiverIn(session, receiver), arguments...);
-        if (result == nullptr) return false;
-        session.host().Release(result);
-        return true;
-    };
-}
-
-MethodCall InPlace() {
-    return [](PluginSession& session, REALproc function) {
-        return reinterpret_cast<bool (*)(REALpicture)>(function)(session.card());
-    };
-}
-
-MethodCall Estimate(double angle) {
-    return [angle](PluginSession& session, REALproc function) {
-        return reinterpret_cast<int64_t (*)(REALpicture, double)>(function)(session.card(), angle) != 0;
-    };
-}
-
-// "BitmapQLM" hands back the receiver itself when it already is a 32-bit pixel
-// map; then it may claim no picture.
-MethodCall Bitmap(std::shared_ptr<bool> returnedReceiver) {
-    return [returnedReceiver](PluginSession& session, REALproc function) {
-        REALpicture result = reinterpret_cast<REALpicture (*)(REALpicture)>(function)(session.card());
-        if (result == nullptr) return false;
-        *returnedReceiver = result == session.card();
-        session.host().Release(result);
-        return true;
-    };
 }
 
 // The most heap any of these moments holds in host pictures, plus one row of the
@@ -115,8 +79,13 @@ Allowance RotationWithMaskAllowance(double angle, bool cut) {
     return Pictures(std::move(moments));
 }
 
+// One call per run, in the method's form: it counts when it gives a picture,
+// True or a byte count. "BitmapQLM" hands back the receiver itself when it
+// already is a 32-bit pixel map (returnedReceiver says so); then it claims no
+// picture.
 void RegisterMethod(const HostUnderTest& host, const std::string& task, const simhost::PictureMethod& method,
-                    MethodCall call, Allowance allowance) {
+                    Allowance allowance, simhost::MethodArguments arguments = {}, Receiver receiver = Receiver::Card,
+                    std::shared_ptr<bool> returnedReceiver = nullptr) {
     auto bound = std::make_shared<BoundMethod>();
     Job job;
     job.task = task;
@@ -126,8 +95,14 @@ void RegisterMethod(const HostUnderTest& host, const std::string& task, const si
         bound->function = bound->session->Method(*method);
         bound->session->maskedCard();  // painted now, not inside a timing
     };
-    job.run = [bound, call = std::move(call)] {
-        return bound->function != nullptr && call(*bound->session, bound->function);
+    job.run = [bound, form = method.form, arguments, receiver, returnedReceiver] {
+        if (bound->function == nullptr) return false;
+        PluginSession& session = *bound->session;
+        REALpicture on = ReceiverIn(session, receiver);
+        const simhost::MethodResult result = simhost::CallInForm(bound->function, form, on, arguments);
+        if (returnedReceiver) *returnedReceiver = result.picture == on;
+        if (result.picture != nullptr) session.host().Release(result.picture);
+        return result.picture != nullptr || result.changed || result.bytes != 0;
     };
     job.allowedBytes = [bound, allowance = std::move(allowance)] { return allowance(*bound->session); };
     Register(std::move(job));
@@ -152,36 +127,36 @@ void RegisterHostCopy(const HostUnderTest& host) {
 
 void RegisterPluginJobs(const HostUnderTest& host) {
     for (double angle : kRotationAngles)
-        RegisterMethod(host, RotateTask(angle), methods::kRotate, NewPicture(Receiver::Card, angle, kWhite),
-                       RotationAllowance(angle));
-    RegisterMethod(host, kRotateWithMask, methods::kRotateImageAndMask,
-                   NewPicture(Receiver::MaskedCard, 30.0, static_cast<signed char>(0)),
-                   RotationWithMaskAllowance(30, false));
-    RegisterMethod(host, kRotateWithMaskCut, methods::kRotateImageAndMask,
-                   NewPicture(Receiver::MaskedCard, 30.0, static_cast<signed char>(1)),
-                   RotationWithMaskAllowance(30, true));
+        RegisterMethod(host, RotateTask(angle), methods::kRotate, RotationAllowance(angle),
+                       {.angle = angle, .background = kWhite});
+    RegisterMethod(host, kRotateWithMask, methods::kRotateImageAndMask, RotationWithMaskAllowance(30, false),
+                   {.angle = 30}, Receiver::MaskedCard);
+    RegisterMethod(host, kRotateWithMaskCut, methods::kRotateImageAndMask, RotationWithMaskAllowance(30, true),
+                   {.angle = 30, .cut = 1}, Receiver::MaskedCard);
 
     const Allowance oneCard = Pictures({{kCard}});
     const Allowance oneTurnedCard = Pictures({{kCardTurned}});
     const Allowance oneRow = Pictures({});
-    RegisterMethod(host, kRotate90, methods::kRotate90, NewPicture(Receiver::Card), oneTurnedCard);
-    RegisterMethod(host, kRotate180, methods::kRotate180, NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kRotate270, methods::kRotate270, NewPicture(Receiver::Card), oneTurnedCard);
-    RegisterMethod(host, kRotateMemory, methods::kRotateMemory, Estimate(30), oneRow);
-    RegisterMethod(host, kMirror, methods::kMirror, NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kHMirror, methods::kHMirror, NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kVMirror, methods::kVMirror, NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kMirrorInPlace, methods::kMirrorInPlace, InPlace(), oneRow);
-    RegisterMethod(host, kHMirrorInPlace, methods::kHMirrorInPlace, InPlace(), oneRow);
-    RegisterMethod(host, kVMirrorInPlace, methods::kVMirrorInPlace, InPlace(), oneRow);
-    RegisterMethod(host, kClone, methods::kClone, NewPicture(Receiver::Card), oneCard);
-    RegisterMethod(host, kCloneToSize, methods::kCloneToSize,
-                   NewPicture(Receiver::Card, test_card::kWidth, test_card::kHeight), oneCard);
+    RegisterMethod(host, kRotate90, methods::kRotate90, oneTurnedCard);
+    RegisterMethod(host, kRotate180, methods::kRotate180, oneCard);
+    RegisterMethod(host, kRotate270, methods::kRotate270, oneTurnedCard);
+    RegisterMethod(host, kRotateMemory, methods::kRotateMemory, oneRow, {.angle = 30});
+    RegisterMethod(host, kMirror, methods::kMirror, oneCard);
+    RegisterMethod(host, kHMirror, methods::kHMirror, oneCard);
+    RegisterMethod(host, kVMirror, methods::kVMirror, oneCard);
+    RegisterMethod(host, kMirrorInPlace, methods::kMirrorInPlace, oneRow);
+    RegisterMethod(host, kHMirrorInPlace, methods::kHMirrorInPlace, oneRow);
+    RegisterMethod(host, kVMirrorInPlace, methods::kVMirrorInPlace, oneRow);
+    RegisterMethod(host, kClone, methods::kClone, oneCard);
+    RegisterMethod(host, kCloneToSize, methods::kCloneToSize, oneCard,
+                   {.width = test_card::kWidth, .height = test_card::kHeight});
     auto returnedReceiver = std::make_shared<bool>(false);
-    RegisterMethod(host, kBitmap, methods::kBitmap, Bitmap(returnedReceiver),
-                   [returnedReceiver, oneCard, oneRow](PluginSession& session) {
-                       return *returnedReceiver ? oneRow(session) : oneCard(session);
-                   });
+    RegisterMethod(
+        host, kBitmap, methods::kBitmap,
+        [returnedReceiver, oneCard, oneRow](PluginSession& session) {
+            return *returnedReceiver ? oneRow(session) : oneCard(session);
+        },
+        {}, Receiver::Card, returnedReceiver);
     RegisterHostCopy(host);
 }
 

@@ -198,12 +198,13 @@ MethodCall DecodeCall(ByteReader& in, const simhost::PictureMethod& method, bool
     call.method = &method;
     const bool turnsByShears =
         method.form == simhost::MethodForm::AngleAndBackground || method.form == simhost::MethodForm::AngleAndCut;
-    call.angle = DecodeAngle(in, turnsByShears && wide);
-    call.background = in.U32();
-    call.cut = static_cast<signed char>(in.Byte());
-    call.width = DecodeSizeArgument(in);
-    call.height = DecodeSizeArgument(in);
-    CapArea(call.width, call.height);
+    simhost::MethodArguments& arguments = call.arguments;
+    arguments.angle = DecodeAngle(in, turnsByShears && wide);
+    arguments.background = in.U32();
+    arguments.cut = static_cast<signed char>(in.Byte());
+    arguments.width = DecodeSizeArgument(in);
+    arguments.height = DecodeSizeArgument(in);
+    CapArea(arguments.width, arguments.height);
     return call;
 }
 
@@ -247,7 +248,7 @@ FuzzCase DecodeFuzzCase(const uint8_t* data, size_t size) {
     for (int more = in.Byte() % 3; more > 0; --more) {
         const MethodCall& previous = fuzzCase.calls.back();
         wide = wide || (previous.method->form == simhost::MethodForm::Size &&
-                        std::max(previous.width, previous.height) > kSmallSide);
+                        std::max(previous.arguments.width, previous.arguments.height) > kSmallSide);
         const bool onPreviousResult = in.Byte() & 1;
         MethodCall call = DecodeCall(in, DecodeMethod(in), wide);
         call.onPreviousResult = onPreviousResult;

@@ -76,13 +76,13 @@ bool RotationModelled(const simhost::HostConfig& config, const MethodCall& call)
     const Storage newPictures = NewPictureStorage(config);
     return config.kind != HostKind::Undecided &&
            (IsWorldOfDepth24Or32(newPictures) || newPictures == Storage::HostBitmap) &&
-           (std::isnan(call.angle) || std::fabs(call.angle) <= kLargestModelledAngle);
+           (std::isnan(call.arguments.angle) || std::fabs(call.arguments.angle) <= kLargestModelledAngle);
 }
 
 // The arguments of a call as the models take them.
 test_support::Arguments ArgumentsOf(const MethodCall& call) {
-    return {.angle = call.angle, .background = call.background, .cut = call.cut != 0, .width = call.width,
-            .height = call.height};
+    const simhost::MethodArguments& a = call.arguments;
+    return {.angle = a.angle, .background = a.background, .cut = a.cut != 0, .width = a.width, .height = a.height};
 }
 
 // The mask "RotateImageAndMaskQLM" gives: the receiver's mask turned as the
@@ -92,11 +92,11 @@ test_support::Arguments ArgumentsOf(const MethodCall& call) {
 std::optional<Image> ModelTurnedMask(const simhost::HostConfig& config, const MethodCall& call, const Image& source,
                                      const Image& result, const Image& mask) {
     const std::optional<Image> turnedMask =
-        test_support::ModelMethod(*call.method, mask, {.angle = call.angle}, config);
+        test_support::ModelMethod(*call.method, mask, {.angle = call.arguments.angle}, config);
     if (!turnedMask) return std::nullopt;
     const Rgba black = test_support::StoredPixel(NewPictureStorage(config), 0, 0, 0, 255);
-    if (call.cut == 0) return test_support::Placed(*turnedMask, result.width, result.height, 0, 0, black);
-    const Image turned = *test_support::ModelMethod(*call.method, source, {.angle = call.angle}, config);
+    if (call.arguments.cut == 0) return test_support::Placed(*turnedMask, result.width, result.height, 0, 0, black);
+    const Image turned = *test_support::ModelMethod(*call.method, source, {.angle = call.arguments.angle}, config);
     return test_support::Placed(*turnedMask, result.width, result.height, (turned.width - result.width) / 2,
                                 (turned.height - result.height) / 2, black);
 }
@@ -107,7 +107,7 @@ std::string CompareRotation(SimulatedHost& host, const simhost::HostConfig& conf
                             const Subject& subject, const Snapshot& before, REALpicture result) {
     if (!RotationModelled(config, call)) return {};
     const auto read = [&](const PictureRecipe& picture, const Image& pixels) {
-        return IsWholeTurns(call.angle) ? std::optional(pixels) : AsRead(config, picture, pixels);
+        return IsWholeTurns(call.arguments.angle) ? std::optional(pixels) : AsRead(config, picture, pixels);
     };
     const std::optional<Image> source = read(subject.picture, *before.picture);
     if (!source) return {};
@@ -143,13 +143,13 @@ bool IsInPlace(const simhost::PictureMethod* method) { return method->form == Me
 
 std::string CompareWithModels(SimulatedHost& host, const simhost::HostConfig& config, const MethodCall& call,
                               const Subject& subject, const Snapshot& before, REALpicture receiver,
-                              const Outcome& outcome) {
+                              const simhost::MethodResult& outcome) {
     // The memory estimate has no model apart from its own arithmetic.
     if (call.method->form == MethodForm::MemoryEstimate || !before.picture) return {};
     const Image& source = *before.picture;
 
     if (IsInPlace(call.method)) {
-        if (!outcome.flag) return {};
+        if (!outcome.changed) return {};
         const Snapshot after = TakeSnapshot(host, receiver);
         if (after.mask != before.mask) return "the in-place mirror changed the mask";
         return Describe(*after.picture, *test_support::ModelMethod(*call.method, source, {}, config));

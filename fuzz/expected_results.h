@@ -27,18 +27,12 @@ struct Subject {
     std::optional<PictureRecipe> mask;
 };
 
-struct Outcome {
-    REALpicture picture = nullptr;  // picture methods
-    bool flag = false;              // the three in-place mirrors
-    int64_t bytes = 0;              // the memory estimate
-};
-
 bool IsInPlace(const simhost::PictureMethod* method);
 
 // Empty when the call failed or gave exactly what the slow models give for the
 // receiver as it was before the call; otherwise what differs.
 std::string CompareWithModels(simhost::SimulatedHost& host, const simhost::HostConfig& config, const MethodCall& call,
                               const Subject& subject, const Snapshot& before, REALpicture receiver,
-                              const Outcome& outcome);
+                              const simhost::MethodResult& outcome);
 
 }  // namespace pixturn_fuzz

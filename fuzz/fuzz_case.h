@@ -32,11 +32,7 @@ struct MethodCall {
     const simhost::PictureMethod* method = &simhost::methods::kRotate;
     // Called on the picture the previous call returned, when it returned one.
     bool onPreviousResult = false;
-    double angle = 0.0;
-    uint32_t background = 0;
-    signed char cut = 0;
-    int32_t width = 0;   // arguments of "CloneQLM(width, height)"
-    int32_t height = 0;
+    simhost::MethodArguments arguments;
 };
 
 // The specialised loops against their plain per-pixel definitions, on pictures

@@ -67,26 +67,6 @@ std::vector<std::string> UnexpectedProblems(const SimulatedHost& host, const Fuz
     return problems;
 }
 
-// The registered function called with the arguments of its form.
-template <typename Result, typename... Arguments>
-Result Invoke(REALproc function, REALpicture receiver, Arguments... arguments) {
-    return reinterpret_cast<Result (*)(REALpicture, Arguments...)>(function)(receiver, arguments...);
-}
-
-Outcome Call(REALproc function, REALpicture receiver, const MethodCall& call) {
-    using simhost::MethodForm;
-    switch (call.method->form) {
-    case MethodForm::AngleAndBackground:
-        return {.picture = Invoke<REALpicture>(function, receiver, call.angle, call.background)};
-    case MethodForm::AngleAndCut: return {.picture = Invoke<REALpicture>(function, receiver, call.angle, call.cut)};
-    case MethodForm::MemoryEstimate: return {.bytes = Invoke<int64_t>(function, receiver, call.angle)};
-    case MethodForm::Size: return {.picture = Invoke<REALpicture>(function, receiver, call.width, call.height)};
-    case MethodForm::InPlace: return {.flag = Invoke<bool>(function, receiver)};
-    case MethodForm::Picture: return {.picture = Invoke<REALpicture>(function, receiver)};
-    }
-    return {};
-}
-
 // What the models need to know of a picture the host made for the plug-in.
 PictureRecipe RecipeOf(const SimulatedHost& host, REALpicture picture) {
     return PictureRecipe{host.StorageOf(picture), host.Width(picture), host.Height(picture), {}, 0, std::nullopt};
@@ -115,9 +95,10 @@ REALpicture RunCall(SimulatedHost& host, const FuzzCase& fuzzCase, const MethodC
     const StoredState stored = StoredStateOf(host, target);
     const simhost::RegisteredMethod* registered = host.registration().Find(*call.method);
     if (registered == nullptr) return nullptr;
-    const Outcome outcome = Call(registered->function, target, call);
-    if (target == nullptr && (outcome.picture != nullptr || outcome.flag)) Finding("a nil picture gave a result");
-    if ((!IsInPlace(call.method) || !outcome.flag) && StoredStateOf(host, target) != stored)
+    const simhost::MethodResult outcome =
+        simhost::CallInForm(registered->function, call.method->form, target, call.arguments);
+    if (target == nullptr && (outcome.picture != nullptr || outcome.changed)) Finding("a nil picture gave a result");
+    if ((!IsInPlace(call.method) || !outcome.changed) && StoredStateOf(host, target) != stored)
         Finding(IsInPlace(call.method) ? "a failed in-place mirror changed the picture" : "the picture changed");
     const bool turned = call.method->form == simhost::MethodForm::AngleAndBackground;
     if (turned && outcome.picture != nullptr && host.MaskOf(outcome.picture) != nullptr)

@@ -5,6 +5,10 @@
 // benchmark, the fuzz target, the tests) takes the methods from here.
 #pragma once
 
+#include <cstdint>
+
+#include "platform/xojo/rb_plugin.h"
+
 namespace simhost {
 
 // The native parameters after the receiver, and the result.
@@ -56,5 +60,25 @@ inline constexpr const PictureMethod* kPictureMethods[] = {
     &methods::kRotate270,      &methods::kRotateMemory,       &methods::kMirror,         &methods::kVMirror,
     &methods::kHMirror,        &methods::kMirrorInPlace,      &methods::kVMirrorInPlace, &methods::kHMirrorInPlace,
     &methods::kClone,          &methods::kCloneToSize,        &methods::kBitmap};
+
+// What a program passes after the receiver; each form reads its own fields.
+struct MethodArguments {
+    double angle = 0;
+    uint32_t background = 0;  // a color as the host passes it: 0xAARRGGBB
+    signed char cut = 0;
+    int32_t width = 0;
+    int32_t height = 0;
+};
+
+// What a call gave, in its form's own result.
+struct MethodResult {
+    REALpicture picture = nullptr;  // the picture forms
+    bool changed = false;           // InPlace
+    int64_t bytes = 0;              // MemoryEstimate
+};
+
+// Calls a registered method's function with the receiver first and the native
+// arguments of its form after it, as the host's compiled code does.
+MethodResult CallInForm(REALproc function, MethodForm form, REALpicture receiver, const MethodArguments& arguments);
 
 }  // namespace simhost

@@ -190,16 +190,9 @@ public:
     // Registration::Find of what the plug-in registered.
     const RegisteredMethod* Find(const PictureMethod& method) const;
 
-    // Calls a registered method with the receiver first. The argument and result
-    // types must be the method's native ones (double, uint32_t, signed char,
-    // int32_t; REALpicture, bool, int64_t). A method the plug-in did not
-    // register throws std::out_of_range.
-    template <typename Result, typename... Arguments>
-    Result Call(const PictureMethod& method, REALpicture receiver, Arguments... arguments) const {
-        const RegisteredMethod* found = Find(method);
-        if (found == nullptr) throw std::out_of_range(std::string("no registered method ") + method.declaration);
-        return reinterpret_cast<Result (*)(REALpicture, Arguments...)>(found->function)(receiver, arguments...);
-    }
+    // Calls a registered method in its form (CallInForm). A method the plug-in
+    // did not register throws std::out_of_range.
+    MethodResult Call(const PictureMethod& method, REALpicture receiver, const MethodArguments& arguments = {}) const;
 
 private:
     SimulatedHost& host_;

@@ -25,23 +25,14 @@ void PluginBench::ExpectBalancedAndRelease(const std::vector<REALpicture>& resul
     for (REALpicture result : made) host.Release(result);
 }
 
-REALpicture PluginBench::Apply(const simhost::PictureMethod& method, REALpicture receiver, const Arguments& arguments) const {
-    using simhost::MethodForm;
-    switch (method.form) {
-        case MethodForm::Picture:
-            return plugin.Call<REALpicture>(method, receiver);
-        case MethodForm::AngleAndBackground:
-            return plugin.Call<REALpicture>(method, receiver, arguments.angle, arguments.background);
-        case MethodForm::AngleAndCut:
-            return plugin.Call<REALpicture>(method, receiver, arguments.angle, static_cast<signed char>(arguments.cut));
-        case MethodForm::Size:
-            return plugin.Call<REALpicture>(method, receiver, arguments.width, arguments.height);
-        case MethodForm::InPlace:
-            return plugin.Call<bool>(method, receiver) ? receiver : nullptr;
-        case MethodForm::MemoryEstimate:
-            break;
-    }
-    throw std::invalid_argument("the memory estimate gives no picture");
+REALpicture PluginBench::Apply(const simhost::PictureMethod& method, REALpicture receiver,
+                               const Arguments& arguments) const {
+    if (method.form == simhost::MethodForm::MemoryEstimate) throw std::invalid_argument("no picture from the estimate");
+    const simhost::MethodResult result =
+        plugin.Call(method, receiver, {.angle = arguments.angle, .background = arguments.background,
+                                       .cut = static_cast<signed char>(arguments.cut), .width = arguments.width,
+                                       .height = arguments.height});
+    return method.form == simhost::MethodForm::InPlace ? (result.changed ? receiver : nullptr) : result.picture;
 }
 
 }  // namespace test_support

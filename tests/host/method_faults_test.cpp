@@ -102,7 +102,7 @@ TEST_P(MethodFaultTest, EveryMethodAnswersAsTheTableSaysAndHoldsNothing) {
         const Image before = test_support::ReadImage(bench.host, receiver);
         if (method->form == MethodForm::MemoryEstimate) {
             outcomes += '~';
-            bench.plugin.Call<int64_t>(*method, receiver, fault.angle);
+            bench.plugin.Call(*method, receiver, {.angle = fault.angle});
             bench.ExpectBalancedAndRelease({});
             continue;
         }

@@ -20,7 +20,7 @@ protected:
         EXPECT_EQ(host.LedgerProblems(), std::vector<std::string>{});
     }
     int64_t Estimate(REALpicture picture, double angle) const {
-        return plugin.Call<int64_t>(simhost::methods::kRotateMemory, picture, angle);
+        return plugin.Call(simhost::methods::kRotateMemory, picture, {.angle = angle}).bytes;
     }
 
     REALpicture picture_ = nullptr;

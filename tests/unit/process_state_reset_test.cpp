@@ -37,9 +37,10 @@ std::pair<std::string, bool> StartAndTurn(std::optional<double> version, HostKin
     simhost::SimulatedHost host(config);
     REALPluginMain(simhost::SimulatedHost::Resolver());
     REALpicture picture = host.MakePicture(simhost::NewPictureStorage(config), 3, 2);
-    const simhost::RegisteredMethod* turn = host.registration().Find(simhost::methods::kRotate90);
+    const simhost::PictureMethod& quarterTurn = simhost::methods::kRotate90;
+    const simhost::RegisteredMethod* turn = host.registration().Find(quarterTurn);
     REALpicture turned =
-        turn != nullptr ? reinterpret_cast<REALpicture (*)(REALpicture)>(turn->function)(picture) : nullptr;
+        turn != nullptr ? simhost::CallInForm(turn->function, quarterTurn.form, picture, {}).picture : nullptr;
     if (turned != nullptr) host.Release(turned);
     host.Release(picture);
     EXPECT_EQ(host.Lookups("newPicture"), turned != nullptr ? 1 : 0) << "looked up anew after the reset";

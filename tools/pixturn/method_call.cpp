@@ -74,31 +74,15 @@ MethodOutcome CallMethod(PluginHost& host, const MethodEntry& entry, REALpicture
     }
     MethodOutcome outcome;
     outcome.call = CallText(entry, arguments, background);
-    REALpicture picture = nullptr;
     const auto start = std::chrono::steady_clock::now();
-    switch (entry.form) {
-        case MethodForm::Picture:
-            picture = CallRegistered<REALpicture>(method, receiver);
-            break;
-        case MethodForm::AngleAndBackground:
-            picture = CallRegistered<REALpicture>(method, receiver, arguments.angle, background);
-            break;
-        case MethodForm::AngleAndCut:
-            picture = CallRegistered<REALpicture>(method, receiver, arguments.angle,
-                                                  static_cast<signed char>(arguments.cut ? 1 : 0));
-            break;
-        case MethodForm::Size:
-            picture = CallRegistered<REALpicture>(method, receiver, arguments.size.width, arguments.size.height);
-            break;
-        case MethodForm::InPlace:
-            outcome.result = CallRegistered<bool>(method, receiver);
-            break;
-        case MethodForm::MemoryEstimate:
-            outcome.bytes = CallRegistered<int64_t>(method, receiver, arguments.angle);
-            break;
-    }
+    const simhost::MethodResult result = simhost::CallInForm(
+        method.function, entry.form, receiver,
+        {.angle = arguments.angle, .background = background, .cut = static_cast<signed char>(arguments.cut ? 1 : 0),
+         .width = arguments.size.width, .height = arguments.size.height});
+    if (entry.form == MethodForm::InPlace) outcome.result = result.changed;
+    if (entry.form == MethodForm::MemoryEstimate) outcome.bytes = result.bytes;
     outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    outcome.picture = HostPicture(host.host(), picture);
+    outcome.picture = HostPicture(host.host(), result.picture);
     CheckLedger(host, outcome);
     return outcome;
 }

@@ -92,12 +92,4 @@ private:
     std::optional<simhost::PluginLibrary> plugin_;
 };
 
-// Calls a registered method with the receiver first and the native arguments
-// after it, as the host's compiled code does.
-template <typename Result, typename... Arguments>
-Result CallRegistered(const simhost::RegisteredMethod& method, REALpicture receiver, Arguments... arguments) {
-    auto function = reinterpret_cast<Result (*)(REALpicture, Arguments...)>(method.function);
-    return function(receiver, arguments...);
-}
-
 }  // namespace pixturn
