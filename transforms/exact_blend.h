@@ -38,7 +38,7 @@
 // and byte arithmetic is exact. The AVX2 form is the same arithmetic, twice as
 // wide.
 //
-// tests/unit/specialised_loops_test.cpp runs all 65536 (P, Q) pairs through the row
+// tests/unit/fast_loops_test.cpp runs all 65536 (P, Q) pairs through the row
 // shear in every vector width the processor has, for thousands of weights,
 // adversarial ones included, against the doubles.
 #pragma once
