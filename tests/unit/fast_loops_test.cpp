@@ -70,12 +70,6 @@ std::vector<double> BlendWeights() {
     return weights;
 }
 
-std::vector<BlendWidth> SupportedWidths() {
-    std::vector<BlendWidth> widths{BlendWidth::kSse2};
-    if (Supports(BlendWidth::kAvx2)) widths.push_back(BlendWidth::kAvx2);
-    return widths;
-}
-
 // One row through the integer row shear in every width this processor runs: its
 // pixels step through every (Q, P) pair in turn, all four channels alike.
 TEST(ExactBlendTest, EveryPairBlendsAsTheDoublesOnLinesPlannedExact) {
@@ -97,7 +91,7 @@ TEST(ExactBlendTest, EveryPairBlendsAsTheDoublesOnLinesPlannedExact) {
             const int p = values[d], q = values[d - 1];
             std::fill_n(&definition[4 * d], 4, static_cast<uint8_t>(p - static_cast<int>(p * w - q * w)));
         }
-        for (const BlendWidth width : SupportedWidths()) {
+        for (const BlendWidth width : SupportedBlendWidths()) {
             // Every byte starts unlike its expected value, so a pixel left unwritten shows.
             std::transform(definition.begin(), definition.end(), blended.begin(), [](uint8_t v) { return static_cast<uint8_t>(~v); });
             const skew_loops::IntegerRow<PixelCodec<PixelFormatARGB32>> line(row.data(), length, blended.data(),

@@ -42,6 +42,13 @@ struct MemoryPicture {
 
 inline constexpr int32_t kPixelFormats[] = {PixelFormatARGB32, PixelFormatRGB24, PixelFormatHostBGRA};
 
+// Every width of the integer row blend this processor runs.
+inline std::vector<BlendWidth> SupportedBlendWidths() {
+    std::vector<BlendWidth> widths{BlendWidth::kSse2};
+    if (Supports(BlendWidth::kAvx2)) widths.push_back(BlendWidth::kAvx2);
+    return widths;
+}
+
 // MovePixels against MovePixelsOneByOne, into pictures of the same random bytes.
 inline std::string CompareMoves(PictureReader& source, int32_t destinationFormat, PixelMapping mapping,
                                 std::mt19937& random) {
@@ -71,9 +78,8 @@ inline std::string CompareShears(PictureReader& source, int32_t destinationForma
         (columns ? VertSkew : HorizSkew)(source, plain.editor, line, split.offset, split.weight, background.r,
                                          background.g, background.b, background.a);
     }
-    std::vector<BlendWidth> widths{BlendWidth::kSse2};
-    if (!columns && Supports(BlendWidth::kAvx2)) widths.push_back(BlendWidth::kAvx2);
-    for (const BlendWidth blend : widths) {
+    // Columns blend in SSE2 only.
+    for (const BlendWidth blend : columns ? std::vector{BlendWidth::kSse2} : SupportedBlendWidths()) {
         std::mt19937 same = start;
         MemoryPicture<PictureWriter> fast(destinationFormat, width, height, same);
         size_t next = 0;
