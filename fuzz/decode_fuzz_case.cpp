@@ -198,7 +198,7 @@ MethodCall DecodeCall(ByteReader& in, const simhost::PictureMethod& method, bool
     call.method = &method;
     const bool turnsByShears =
         method.form == simhost::MethodForm::AngleAndBackground || method.form == simhost::MethodForm::AngleAndCut;
-    simhost::MethodArguments& arguments = call.arguments;
+    test_support::Arguments& arguments = call.arguments;
     arguments.angle = DecodeAngle(in, turnsByShears && wide);
     arguments.background = in.U32();
     arguments.cut = static_cast<signed char>(in.Byte());

@@ -79,12 +79,6 @@ bool RotationModelled(const simhost::HostConfig& config, const MethodCall& call)
            (std::isnan(call.arguments.angle) || std::fabs(call.arguments.angle) <= kLargestModelledAngle);
 }
 
-// The arguments of a call as the models take them.
-test_support::Arguments ArgumentsOf(const MethodCall& call) {
-    const simhost::MethodArguments& a = call.arguments;
-    return {.angle = a.angle, .background = a.background, .cut = a.cut != 0, .width = a.width, .height = a.height};
-}
-
 // The mask "RotateImageAndMaskQLM" gives: the receiver's mask turned as the
 // picture is, drawn into a new mask the size of the result (of the turned
 // picture, or with cut of the receiver, from the turned picture's centre),
@@ -111,7 +105,7 @@ std::string CompareRotation(SimulatedHost& host, const simhost::HostConfig& conf
     };
     const std::optional<Image> source = read(subject.picture, *before.picture);
     if (!source) return {};
-    const std::optional<Image> expected = test_support::ModelMethod(*call.method, *source, ArgumentsOf(call), config);
+    const std::optional<Image> expected = test_support::ModelMethod(*call.method, *source, call.arguments, config);
     if (result == nullptr) return {};
     if (!expected) return "a picture where the model gives nil";
     if (std::string difference = Describe(test_support::ReadImage(host, result), *expected); !difference.empty())
@@ -162,7 +156,7 @@ std::string CompareWithModels(SimulatedHost& host, const simhost::HostConfig& co
     simhost::HostConfig storedAs = config;
     storedAs.newPictureStorage = host.StorageOf(outcome.picture);
     return Describe(test_support::ReadImage(host, outcome.picture),
-                    *test_support::ModelMethod(*call.method, source, ArgumentsOf(call), storedAs));
+                    *test_support::ModelMethod(*call.method, source, call.arguments, storedAs));
 }
 
 }  // namespace pixturn_fuzz

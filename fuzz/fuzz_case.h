@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "simhost/simulated_host.h"
+#include "tests/support/method_models.h"
 
 namespace pixturn_fuzz {
 
@@ -32,7 +33,7 @@ struct MethodCall {
     const simhost::PictureMethod* method = &simhost::methods::kRotate;
     // Called on the picture the previous call returned, when it returned one.
     bool onPreviousResult = false;
-    simhost::MethodArguments arguments;
+    test_support::Arguments arguments;  // every field from the input
 };
 
 // The specialised loops against their plain per-pixel definitions, on pictures

@@ -96,7 +96,7 @@ REALpicture RunCall(SimulatedHost& host, const FuzzCase& fuzzCase, const MethodC
     const simhost::RegisteredMethod* registered = host.registration().Find(*call.method);
     if (registered == nullptr) return nullptr;
     const simhost::MethodResult outcome =
-        simhost::CallInForm(registered->function, call.method->form, target, call.arguments);
+        simhost::CallInForm(registered->function, call.method->form, target, call.arguments.Native());
     if (target == nullptr && (outcome.picture != nullptr || outcome.changed)) Finding("a nil picture gave a result");
     if ((!IsInPlace(call.method) || !outcome.changed) && StoredStateOf(host, target) != stored)
         Finding(IsInPlace(call.method) ? "a failed in-place mirror changed the picture" : "the picture changed");

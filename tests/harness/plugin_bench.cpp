@@ -28,10 +28,7 @@ void PluginBench::ExpectBalancedAndRelease(const std::vector<REALpicture>& resul
 REALpicture PluginBench::Apply(const simhost::PictureMethod& method, REALpicture receiver,
                                const Arguments& arguments) const {
     if (method.form == simhost::MethodForm::MemoryEstimate) throw std::invalid_argument("no picture from the estimate");
-    const simhost::MethodResult result =
-        plugin.Call(method, receiver, {.angle = arguments.angle, .background = arguments.background,
-                                       .cut = static_cast<signed char>(arguments.cut), .width = arguments.width,
-                                       .height = arguments.height});
+    const simhost::MethodResult result = plugin.Call(method, receiver, arguments.Native());
     return method.form == simhost::MethodForm::InPlace ? (result.changed ? receiver : nullptr) : result.picture;
 }
 

@@ -12,12 +12,14 @@
 
 namespace test_support {
 
-// What a test passes to the methods that take arguments.
+// What a test passes to the methods that take arguments, with defaults that
+// give every form something to do; the native call takes them as they are.
 struct Arguments {
     double angle = 30;
     uint32_t background = 0x80102030;
-    bool cut = false;
+    signed char cut = 0;  // any nonzero byte is True
     int32_t width = 11, height = 4;
+    simhost::MethodArguments Native() const { return {angle, background, cut, width, height}; }
 };
 
 // A picture of `width` x `height` showing `whole` from its pixel (dx, dy) on;
