@@ -210,12 +210,14 @@ TEST(PixturnOutput, TheLongestNameTheFileSystemAllows) {
 }
 
 // Told to stop while it writes, the command takes its temporary file with it.
+// (One that ends before it writes ends the wait as well, and fails.)
 TEST(PixturnOutput, StoppedWhileWritingLeavesNothing) {
     const ScratchDirectory dir;
     WriteRgbaPng(dir / "in.png", RandomPixels(1500, 1500, 5));
     const RunResult run = RunShell("cd " + dir / "" + " && { " + PIXTURN_COMMAND +
                                    " clone in.png --png-level 9 -o out.png & pid=$!; "
-                                   "until ls -a | grep -q pixturn-; do sleep 0.01; done; kill -TERM $pid; wait $pid; }");
+                                   "until ls -a | grep -q pixturn- || ! kill -0 $pid; do sleep 0.01; done; "
+                                   "kill -TERM $pid; wait $pid; }");
     EXPECT_EQ(run.status, 128 + SIGTERM) << run.err;
     EXPECT_EQ(dir.Files(), std::vector<std::string>{"in.png"});
 }

@@ -157,8 +157,8 @@ std::vector<PngCase> PngCases() {
          {{255, 255, 255, 255}, {0, 0, 0, 255}, {255, 255, 255, 255}, {0, 0, 0, 255}}},
         {"GreyAlpha8", {2, 1, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {10, 0, 200, 99}}, {{10, 10, 10, 0}, {200, 200, 200, 99}}},
         {"Rgba16",
-         {1, 1, PNG_COLOR_TYPE_RGBA, 16, {0xFF, 0xFF, 0x7F, 0x80, 0x00, 0x00, 0x12, 0x34}},
-         {{255, 127, 0, 18}}},
+         {1, 1, PNG_COLOR_TYPE_RGBA, 16, {0xFF, 0xFF, 0x7F, 0x80, 0x00, 0x00, 0x12, 0xFF}},
+         {{255, 127, 0, 19}}},  // 0x12FF rounds up: its high byte alone would give 18
         {"PaletteWithAlpha",
          {3, 1, PNG_COLOR_TYPE_PALETTE, 8, {2, 0, 1}, {10, 20, 30, 40, 50, 60, 70, 80, 90}, {0, 128}},
          {{70, 80, 90, 255}, {10, 20, 30, 0}, {40, 50, 60, 128}}},
