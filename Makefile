@@ -4,12 +4,13 @@
 # make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make coverage: the lines of the plug-in the committed fuzz corpus reaches;
+# make mutants: whether the tests catch each deliberate fault of scripts/mutants/;
 # make bench-cli: every pixturn command against ImageMagick's convert on files.
 JOBS ?= $(shell nproc)
 FUZZ_RUNS ?= 10000000
 FUZZ_SECONDS ?= 0
 
-.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 fuzz fuzz-long coverage clean bench bench-cli
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 fuzz fuzz-long coverage mutants clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -52,6 +53,11 @@ fuzz-long: deps
 # Which lines of the plug-in the committed fuzz corpus reaches (llvm-cov).
 coverage: deps
 	JOBS=$(JOBS) bash scripts/coverage.sh
+
+# Each fault of scripts/mutants/*.txt in turn, in a copy of the tree under
+# build/mutants; fails if the tests miss one. Never part of test.
+mutants: deps
+	JOBS=$(JOBS) bash scripts/mutants.sh
 
 # The benchmark against peer libraries: installs them, builds, runs and prints the
 # comparison. Never part of test.
