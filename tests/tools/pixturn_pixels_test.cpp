@@ -133,8 +133,7 @@ TEST(PixturnMemory, EstimateForAFileAndForASize) {
         ASSERT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.out.substr(0, run.out.find(" (")), "153048 bytes") << run.out;
     }
-    if (kSanitized) return;
-    const RunResult largest = RunPixturn({"memory", "--size", "32767x32767", "--angle", "0"}, {.before = "ulimit -v 1000000"});
+    const RunResult largest = RunPixturn({"memory", "--size", "32767x32767", "--angle", "0"}, {.before = MemoryLimit(1000)});
     ASSERT_EQ(largest.status, 0) << largest.err;
     EXPECT_EQ(largest.out.substr(0, largest.out.find(" (")), std::to_string(int64_t{32767} * 32767 * 4) + " bytes");
 }

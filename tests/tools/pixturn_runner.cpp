@@ -28,6 +28,14 @@ RunResult RunPixturn(const std::vector<std::string>& arguments, const RunSetting
     return RunShell(command + " <" + Quoted(settings.standardInput));
 }
 
+std::string MemoryLimit(long mebibytes) {
+#if defined(__SANITIZE_ADDRESS__)
+    return "export ASAN_OPTIONS=\"$ASAN_OPTIONS:max_allocation_size_mb=" + std::to_string(mebibytes) + "\"";
+#else
+    return "ulimit -v " + std::to_string(mebibytes * 1024);
+#endif
+}
+
 RunResult RunShell(const std::string& command) {
     const ScratchDirectory streams;
     const std::string redirected = "{ " + command + "; } >" + Quoted(streams / "out") + " 2>" + Quoted(streams / "err");

@@ -31,13 +31,10 @@ RunResult RunPixturn(const std::vector<std::string>& arguments, const RunSetting
 // Any command line of the shell, stdout and stderr captured the same way.
 RunResult RunShell(const std::string& command);
 
-// Built with AddressSanitizer, whose shadow memory no address-space limit admits.
-constexpr bool kSanitized =
-#if defined(__SANITIZE_ADDRESS__)
-    true;
-#else
-    false;
-#endif
+// A shell command that keeps the command's memory under that many MiB: an
+// address-space limit, or under AddressSanitizer, whose shadow memory no such
+// limit admits, its own ceiling on any one allocation.
+std::string MemoryLimit(long mebibytes);
 
 // A directory of its own for each test, removed at the end.
 class ScratchDirectory {
