@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# The mutation check: do the tests catch a broken plug-in or command? Each
-# deliberate fault listed in scripts/mutants/*.txt is put, one at a time, into a
-# copy of this tree (build/mutants/src), which is rebuilt and tested: first the
-# default build's tests, then, for a fault they miss, the fuzz target on the
-# committed corpus. A fault nothing catches is a gap in the tests, or a change
-# that changes nothing and should leave the list. Any such fault fails the run.
+# The mutation check: do the tests catch a broken plug-in, command or simulated
+# host? Each deliberate fault listed in scripts/mutants/*.txt is put, one at a
+# time, into a copy of this tree (build/mutants/src), which is rebuilt and
+# tested: first the default build's tests, then, for a fault they miss, the fuzz
+# target on the committed corpus. A fault nothing catches is a gap in the tests,
+# or a change that changes nothing and should leave the list. Any such fault
+# fails the run.
 #
 # A list holds blocks like this one (the "-" text must occur exactly once in
 # the file; several "-"/"+" pairs make one fault):
