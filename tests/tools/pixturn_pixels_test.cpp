@@ -206,7 +206,7 @@ TEST(PixturnJpeg, FlattenedOverAColourAndReadBackOpaque) {
     const ScratchDirectory dir;
     const Image flat{16, 16, std::vector<Rgba>(256, Rgba{200, 100, 50, 51})};
     WriteRgbaPng(dir / "in.png", flat);
-    const std::pair<const char*, Rgba> cases[] = {{"white", {244, 224, 214, 255}}, {"#000", {40, 20, 10, 255}}};
+    const std::pair<const char*, Rgba> cases[] = {{"white", {244, 224, 214, 255}}, {"#f00", {244, 20, 10, 255}}};
     for (const auto& [under, expected] : cases) {
         ASSERT_EQ(RunPixturn({"clone", dir / "in.png", "-o", dir / "out.JPG", "--flatten", under, "--quality", "100"}).status, 0);
         EXPECT_EQ(ReadText(dir / "out.JPG").substr(0, 3), "\xFF\xD8\xFF");
