@@ -7,8 +7,8 @@
 
 // The angle in [0, 360]: what repeatedly adding -360 while >= 360, then 360 while
 // < 0, gives, computed as an exact remainder so that huge angles end at once.
-// A tiny negative angle rounds up to exactly 360.0. NaN stays NaN and an
-// infinity becomes NaN; callers refuse both.
+// A tiny negative angle rounds up to exactly 360.0. Finite angles only: the
+// rotation and its estimate refuse NaN and infinities before they get here.
 double NormaliseAngle(double angle);
 
 // How many quarter turns bring a normalised angle other than an exact quarter
