@@ -59,8 +59,6 @@ REALpicture RotateImageAndMaskQLM(REALpicture picture, double angle, signed char
     // The centre of the turn: half the growth off each side, truncated toward zero.
     const Rectangle centre{WrappingSubtract(turnedWidth, width) / 2, WrappingSubtract(turnedHeight, height) / 2,
                            width, height};
-    // Sizes that could not be read ask for no picture the host would refuse.
-    if (!IsValidPictureSize(width, height)) return nullptr;
     OwnedPicture result(NewDepth32Picture(width, height));
     if (!result) return nullptr;
     GraphicsDrawPicture(result.Get(), turned.Get(), 0, 0, width, height, centre.x, centre.y, width, height);
