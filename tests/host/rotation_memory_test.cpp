@@ -30,7 +30,7 @@ TEST_F(RotateMemoryTest, WorkedSizesOf100By50) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const std::pair<double, int64_t> cases[] = {
         {0, 20000},      {90, 20000},     {-90, 20000},    {180, 20000},   {30, 153048},
-        {60, 164252},    {45, 199044},    {1e-10, 61408},  {390, 153048},  {-330, 153048},
+        {60, 164252},    {45, 199044},    {1e-10, 61408},  {-1e-20, 61408}, {390, 153048},  {-330, 153048},
         // Three quarter turns exchange the sides too: 20000 for the turn, then 50 x 100 at 30 degrees.
         {300, 20000 + 144252},
         // Whole turns that count as whole exactly, however many.
