@@ -122,7 +122,8 @@ void HostState::SetMask(REALpicture picture, REALpicture mask) {
 void HostState::Destroy(uintptr_t token) {
     auto node = objects_.extract(token);
     HostObject& object = node.mapped();
-    if (object.descriptionLocks > 0) Problem(Describe(token) + " died with its description locked");
+    if (object.descriptionLocks > 0 || object.unlocksOwedForFailedLocks > 0)
+        Problem(Describe(token) + " died with its description locked");
     if (object.store && object.store->world() != nullptr && macos_system::WorldPixelLocks(object.store->world()) > 0)
         Problem(Describe(token) + " died with its pixels locked");
     if (object.mask != 0) {
@@ -150,6 +151,9 @@ std::vector<std::string> HostState::LedgerProblems(const std::vector<REALpicture
         if (object.descriptionLocks != 0)
             found.push_back(Describe(token) + " has its description locked " + std::to_string(object.descriptionLocks) +
                             " times");
+        if (object.unlocksOwedForFailedLocks != 0)
+            found.push_back(Describe(token) + " has its description locked by " +
+                            std::to_string(object.unlocksOwedForFailedLocks) + " failed locks never unlocked");
         if (object.store && object.store->world() != nullptr && macos_system::WorldPixelLocks(object.store->world()) != 0)
             found.push_back(Describe(token) + " has its pixels locked");
     }

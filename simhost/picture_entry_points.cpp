@@ -7,8 +7,9 @@
 // 32, which this plug-in never asks for: such a request is also written down.
 //
 // A description lock that succeeds must be unlocked once. After a failed
-// three-argument lock only hosts before 2012.0 expect the unlock all the same;
-// an unlock of nothing is a fault anywhere else.
+// three-argument lock only hosts before 2012.0 expect the unlock all the same,
+// and keep the description locked until they get it; an unlock of nothing is a
+// fault anywhere else.
 //
 // A picture the host has no memory for is answered with nil, as a C interface
 // must: an exception from the allocation may not unwind through the plug-in.

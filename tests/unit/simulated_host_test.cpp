@@ -52,6 +52,11 @@ const CarelessCase kCarelessCases[] = {
          EXPECT_FALSE(LockAs()(p, &description, 4));
          Unlock()(p);
      }},
+    {"NoUnlockAfterFailedLockOnOldHost", 2011.99,
+     [](SimulatedHost&, REALpicture p) {
+         REALpictureDescription description{};
+         EXPECT_FALSE(LockAs()(p, &description, 4));
+     }},
     {"ReleaseOfWhatWasNotTaken", 2019.0, [](SimulatedHost&, REALpicture p) { UnlockObject()(p); }},
     {"NilObject", 2019.0, [](SimulatedHost&, REALpicture) { LockObject()(nullptr); }},
     {"OversizedPicture", 2019.0, [](SimulatedHost&, REALpicture) { EXPECT_EQ(NewPicture()(32768, 1, 32), nullptr); }},
