@@ -23,7 +23,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // One exact quarter (the rest take the same clone or turn), the quarter-turn
 // bounds and their neighbours, negative and whole-turn-and-more angles, and a
 // tiny negative angle, which normalises to exactly 360 and is sheared by it.
-const double kAngles[] = {0,  90, 180, 270, 45, 46, 135, 225.5, 315, 330, 30, 60, 1e-10, -30, -135, 1000.25, 89.999,
+const double kAngles[] = {0, 90, 180, 270, 45, 46, 135, 225.5, 315, 330, 30, 60, 1e-10, -30, -135, 1000.25, 89.999,
                           -1e-20};
 
 class RotateModelTest : public ::testing::TestWithParam<std::tuple<test_support::HostCase, double>> {};
