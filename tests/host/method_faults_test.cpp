@@ -63,10 +63,10 @@ const FaultCase kFaults[] = {
     {"NoClearCache", HostKind::Desktop, 60, "++ +++ ~ +++ +++ +++",
      [](auto& c) { c.missingEntryPoints = {"REALPictureClearCache"}; }},
     {"DescriptionLocksFail", HostKind::Console, 30, "-- --- ~ --- --- +++",
-     [](auto& c) { c.failingDescriptionTypes = {10}; }},
+     [](auto& c) { c.version = 2012.0; c.failingDescriptionTypes = {10}; }},
     {"DescriptionLocksFailOldHost", HostKind::Web, 30, "-- --- ~ --- --- ~~+",
      [](auto& c) {
-         c.version = 2011.0;
+         c.version = 2011.99;
          c.failingDescriptionTypes = {10};
          c.drawPictureUnavailable = true;
      }},
