@@ -12,6 +12,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <vector>
 
 namespace pixturn_fuzz {
 namespace {
@@ -24,27 +25,13 @@ public:
     uint32_t U32() { return U16() | static_cast<uint32_t>(U16()) << 16; }
     uint64_t U64() { return U32() | static_cast<uint64_t>(U32()) << 32; }
     double Double() { return std::bit_cast<double>(U64()); }
-    template <typename T, size_t N>
-    const T& Pick(const std::array<T, N>& table) { return table[Byte() % N]; }
+    template <typename Table>
+    const auto& Pick(const Table& table) { return table[Byte() % std::size(table)]; }
 
 private:
     const uint8_t* data_;
     size_t size_;
     size_t position_ = 0;
-};
-
-// Every name the plug-in may ask the resolver for.
-constexpr std::array<const char*, 16> kEntryPointNames = {
-    "REALGetRBVersion", "RegisterPluginVersion", "PluginRegisterClassExtension",
-    "PluginRegisterModule", "newPicture", "lockPictureDescription",
-    "REALLockPictureDescription", "unlockPictureDescription", "REALPictureClearCache",
-    "REALLockObject", "REALUnlockObject", "pluginPictureGraphicsGetter",
-    "REALLoadObjectMethod", "REALGetPropValueInt", "REALGetPictureMask", "pluginObjectType",
-};
-
-constexpr std::array<const char*, 8> kQuickDrawNames = {
-    "SetGWorld", "GetPortPixMap", "GetPixDepth", "UnlockPixels",
-    "LockPixels", "GetGWorldPixMap", "GetPixBaseAddr", "GetPixRowBytes",
 };
 
 // The bounds of the host-version rules at start-up, each with its neighbour below.
@@ -75,8 +62,9 @@ simhost::HostConfig DecodeHost(ByteReader& in) {
     else host.version = kVersions[version];
     host.kind = static_cast<simhost::HostKind>(in.Byte() % 4);
 
+    static const std::vector<std::string> entryPoints = simhost::SimulatedHost::EntryPointNames();
     for (int faults = in.Byte() % 4; faults > 0; --faults) {
-        const std::string name = in.Pick(kEntryPointNames);
+        const std::string& name = in.Pick(entryPoints);
         const uint8_t from = in.Byte() % 4;
         if (from == 0) host.missingEntryPoints.insert(name);
         else host.entryPointsFromLookup[name] = from + 1;
@@ -92,9 +80,10 @@ simhost::HostConfig DecodeHost(ByteReader& in) {
     host.system.applicationServicesInstalled = !(failures & 0x40);
     host.system.executableLoads = !(failures & 0x80);
 
+    static const std::vector<std::string> quickDraw = macos_system::QuickDrawFunctionNames();
     const uint8_t missingQuickDraw = in.Byte();
-    for (size_t i = 0; i < kQuickDrawNames.size(); ++i)
-        if (missingQuickDraw & (1u << i)) host.system.missingFunctions.insert(kQuickDrawNames[i]);
+    for (size_t i = 0; i < quickDraw.size(); ++i)
+        if (missingQuickDraw >> i & 1) host.system.missingFunctions.insert(quickDraw[i]);
 
     const uint8_t storage = in.Byte() % (kStorages.size() + 1);
     if (storage > 0) host.newPictureStorage = kStorages[storage - 1];

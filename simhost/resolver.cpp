@@ -2,35 +2,50 @@
 // of this library, the same at every look-up, as the plug-in's cache assumes.
 // Configured faults act here: names the host lacks, and names it answers only
 // from their n-th look-up on.
-#include <map>
+#include <vector>
 
 #include "simhost/entry_points.h"
 #include "simhost/host_state.h"
 
 namespace simhost::internal {
 
-void* EntryPointNamed(const std::string& name) {
+namespace {
+
+struct NamedEntryPoint {
+    const char* name;
+    void* address;
+};
+
+// Fuzz inputs name an entry point by its place in this list: new ones go last.
+const std::vector<NamedEntryPoint>& EntryPoints() {
     using namespace entry;
-    static const std::map<std::string, void*> table = {
+    static const std::vector<NamedEntryPoint> table = {
         {"REALGetRBVersion", reinterpret_cast<void*>(&REALGetRBVersion)},
         {"RegisterPluginVersion", reinterpret_cast<void*>(&RegisterPluginVersion)},
         {"PluginRegisterClassExtension", reinterpret_cast<void*>(&PluginRegisterClassExtension)},
         {"PluginRegisterModule", reinterpret_cast<void*>(&PluginRegisterModule)},
-        {"REALLockObject", reinterpret_cast<void*>(&REALLockObject)},
-        {"REALUnlockObject", reinterpret_cast<void*>(&REALUnlockObject)},
-        {"pluginObjectType", reinterpret_cast<void*>(&pluginObjectType)},
-        {"REALGetPropValueInt", reinterpret_cast<void*>(&REALGetPropValueInt)},
         {"newPicture", reinterpret_cast<void*>(&newPicture)},
         {"lockPictureDescription", reinterpret_cast<void*>(&lockPictureDescription)},
         {"REALLockPictureDescription", reinterpret_cast<void*>(&REALLockPictureDescription)},
         {"unlockPictureDescription", reinterpret_cast<void*>(&unlockPictureDescription)},
         {"REALPictureClearCache", reinterpret_cast<void*>(&REALPictureClearCache)},
-        {"REALGetPictureMask", reinterpret_cast<void*>(&REALGetPictureMask)},
+        {"REALLockObject", reinterpret_cast<void*>(&REALLockObject)},
+        {"REALUnlockObject", reinterpret_cast<void*>(&REALUnlockObject)},
         {"pluginPictureGraphicsGetter", reinterpret_cast<void*>(&pluginPictureGraphicsGetter)},
         {"REALLoadObjectMethod", reinterpret_cast<void*>(&REALLoadObjectMethod)},
+        {"REALGetPropValueInt", reinterpret_cast<void*>(&REALGetPropValueInt)},
+        {"REALGetPictureMask", reinterpret_cast<void*>(&REALGetPictureMask)},
+        {"pluginObjectType", reinterpret_cast<void*>(&pluginObjectType)},
     };
-    auto it = table.find(name);
-    return it == table.end() ? nullptr : it->second;
+    return table;
+}
+
+}  // namespace
+
+void* EntryPointNamed(const std::string& name) {
+    for (const NamedEntryPoint& entryPoint : EntryPoints())
+        if (name == entryPoint.name) return entryPoint.address;
+    return nullptr;
 }
 
 namespace {
@@ -53,5 +68,11 @@ void* Resolve(const char* entryName) {
 namespace simhost {
 
 REALResolver SimulatedHost::Resolver() { return &internal::Resolve; }
+
+std::vector<std::string> SimulatedHost::EntryPointNames() {
+    std::vector<std::string> names;
+    for (const internal::NamedEntryPoint& entryPoint : internal::EntryPoints()) names.push_back(entryPoint.name);
+    return names;
+}
 
 }  // namespace simhost

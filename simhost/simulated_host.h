@@ -116,6 +116,8 @@ public:
 
     const HostConfig& config() const;
     static REALResolver Resolver();
+    // Every name the resolver can answer for, whatever the configuration.
+    static std::vector<std::string> EntryPointNames();
     static SimulatedHost& Current();
 
     const Registration& registration() const;

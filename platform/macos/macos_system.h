@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "QuickDraw.h"
 
@@ -22,6 +23,9 @@ struct Configuration {
 // Sets the configuration and clears every counter of events. Worlds and
 // CoreFoundation objects stay valid, and so does their census.
 void Configure(const Configuration& configuration);
+
+// Every function the framework can hand out, whatever the configuration.
+std::vector<std::string> QuickDrawFunctionNames();
 
 struct Counters {
     int frameworkLoads = 0;               // CFBundleCreate calls that found the framework

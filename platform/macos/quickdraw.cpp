@@ -125,22 +125,40 @@ namespace macos_system {
 
 namespace internal {
 
+namespace {
+
+struct NamedFunction {
+    const char* name;
+    void* address;
+};
+
+// Fuzz inputs name a function by its place in this list: new ones go last.
+const NamedFunction kFunctions[] = {
+    {"SetGWorld", reinterpret_cast<void*>(static_cast<SetGWorldProc>(SetGWorld))},
+    {"GetPortPixMap", reinterpret_cast<void*>(static_cast<GetPortPixMapProc>(GetPortPixMap))},
+    {"GetPixDepth", reinterpret_cast<void*>(static_cast<GetPixDepthProc>(GetPixDepth))},
+    {"UnlockPixels", reinterpret_cast<void*>(static_cast<UnlockPixelsProc>(UnlockPixels))},
+    {"LockPixels", reinterpret_cast<void*>(static_cast<LockPixelsProc>(LockPixels))},
+    {"GetGWorldPixMap", reinterpret_cast<void*>(static_cast<GetGWorldPixMapProc>(GetGWorldPixMap))},
+    {"GetPixBaseAddr", reinterpret_cast<void*>(static_cast<GetPixBaseAddrProc>(GetPixBaseAddr))},
+    {"GetPixRowBytes", reinterpret_cast<void*>(static_cast<GetPixRowBytesProc>(GetPixRowBytes))},
+};
+
+}  // namespace
+
 void* QuickDrawFunctionNamed(const std::string& name) {
-    static const std::map<std::string, void*> functions = {
-        {"SetGWorld", reinterpret_cast<void*>(static_cast<SetGWorldProc>(SetGWorld))},
-        {"GetPortPixMap", reinterpret_cast<void*>(static_cast<GetPortPixMapProc>(GetPortPixMap))},
-        {"GetGWorldPixMap", reinterpret_cast<void*>(static_cast<GetGWorldPixMapProc>(GetGWorldPixMap))},
-        {"GetPixDepth", reinterpret_cast<void*>(static_cast<GetPixDepthProc>(GetPixDepth))},
-        {"LockPixels", reinterpret_cast<void*>(static_cast<LockPixelsProc>(LockPixels))},
-        {"UnlockPixels", reinterpret_cast<void*>(static_cast<UnlockPixelsProc>(UnlockPixels))},
-        {"GetPixBaseAddr", reinterpret_cast<void*>(static_cast<GetPixBaseAddrProc>(GetPixBaseAddr))},
-        {"GetPixRowBytes", reinterpret_cast<void*>(static_cast<GetPixRowBytesProc>(GetPixRowBytes))},
-    };
-    auto it = functions.find(name);
-    return it == functions.end() ? nullptr : it->second;
+    for (const NamedFunction& function : kFunctions)
+        if (name == function.name) return function.address;
+    return nullptr;
 }
 
 }  // namespace internal
+
+std::vector<std::string> QuickDrawFunctionNames() {
+    std::vector<std::string> names;
+    for (const internal::NamedFunction& function : internal::kFunctions) names.push_back(function.name);
+    return names;
+}
 
 GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowBytes) {
     const int32_t bytesPerPixel = BytesPerPixel(depth);
