@@ -17,33 +17,29 @@ struct NamedEntryPoint {
 };
 
 // Fuzz inputs name an entry point by its place in this list: new ones go last.
-const std::vector<NamedEntryPoint>& EntryPoints() {
-    using namespace entry;
-    static const std::vector<NamedEntryPoint> table = {
-        {"REALGetRBVersion", reinterpret_cast<void*>(&REALGetRBVersion)},
-        {"RegisterPluginVersion", reinterpret_cast<void*>(&RegisterPluginVersion)},
-        {"PluginRegisterClassExtension", reinterpret_cast<void*>(&PluginRegisterClassExtension)},
-        {"PluginRegisterModule", reinterpret_cast<void*>(&PluginRegisterModule)},
-        {"newPicture", reinterpret_cast<void*>(&newPicture)},
-        {"lockPictureDescription", reinterpret_cast<void*>(&lockPictureDescription)},
-        {"REALLockPictureDescription", reinterpret_cast<void*>(&REALLockPictureDescription)},
-        {"unlockPictureDescription", reinterpret_cast<void*>(&unlockPictureDescription)},
-        {"REALPictureClearCache", reinterpret_cast<void*>(&REALPictureClearCache)},
-        {"REALLockObject", reinterpret_cast<void*>(&REALLockObject)},
-        {"REALUnlockObject", reinterpret_cast<void*>(&REALUnlockObject)},
-        {"pluginPictureGraphicsGetter", reinterpret_cast<void*>(&pluginPictureGraphicsGetter)},
-        {"REALLoadObjectMethod", reinterpret_cast<void*>(&REALLoadObjectMethod)},
-        {"REALGetPropValueInt", reinterpret_cast<void*>(&REALGetPropValueInt)},
-        {"REALGetPictureMask", reinterpret_cast<void*>(&REALGetPictureMask)},
-        {"pluginObjectType", reinterpret_cast<void*>(&pluginObjectType)},
-    };
-    return table;
-}
+const NamedEntryPoint kEntryPoints[] = {
+    {"REALGetRBVersion", reinterpret_cast<void*>(&entry::REALGetRBVersion)},
+    {"RegisterPluginVersion", reinterpret_cast<void*>(&entry::RegisterPluginVersion)},
+    {"PluginRegisterClassExtension", reinterpret_cast<void*>(&entry::PluginRegisterClassExtension)},
+    {"PluginRegisterModule", reinterpret_cast<void*>(&entry::PluginRegisterModule)},
+    {"newPicture", reinterpret_cast<void*>(&entry::newPicture)},
+    {"lockPictureDescription", reinterpret_cast<void*>(&entry::lockPictureDescription)},
+    {"REALLockPictureDescription", reinterpret_cast<void*>(&entry::REALLockPictureDescription)},
+    {"unlockPictureDescription", reinterpret_cast<void*>(&entry::unlockPictureDescription)},
+    {"REALPictureClearCache", reinterpret_cast<void*>(&entry::REALPictureClearCache)},
+    {"REALLockObject", reinterpret_cast<void*>(&entry::REALLockObject)},
+    {"REALUnlockObject", reinterpret_cast<void*>(&entry::REALUnlockObject)},
+    {"pluginPictureGraphicsGetter", reinterpret_cast<void*>(&entry::pluginPictureGraphicsGetter)},
+    {"REALLoadObjectMethod", reinterpret_cast<void*>(&entry::REALLoadObjectMethod)},
+    {"REALGetPropValueInt", reinterpret_cast<void*>(&entry::REALGetPropValueInt)},
+    {"REALGetPictureMask", reinterpret_cast<void*>(&entry::REALGetPictureMask)},
+    {"pluginObjectType", reinterpret_cast<void*>(&entry::pluginObjectType)},
+};
 
 }  // namespace
 
 void* EntryPointNamed(const std::string& name) {
-    for (const NamedEntryPoint& entryPoint : EntryPoints())
+    for (const NamedEntryPoint& entryPoint : kEntryPoints)
         if (name == entryPoint.name) return entryPoint.address;
     return nullptr;
 }
@@ -71,7 +67,7 @@ REALResolver SimulatedHost::Resolver() { return &internal::Resolve; }
 
 std::vector<std::string> SimulatedHost::EntryPointNames() {
     std::vector<std::string> names;
-    for (const internal::NamedEntryPoint& entryPoint : internal::EntryPoints()) names.push_back(entryPoint.name);
+    for (const internal::NamedEntryPoint& entryPoint : internal::kEntryPoints) names.push_back(entryPoint.name);
     return names;
 }
 
