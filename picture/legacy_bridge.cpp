@@ -3,7 +3,35 @@
 #include "platform/macos/CoreServices.h"
 #include "plugin/process_state.h"
 
+// On macOS the CoreFoundation and CoreServices functions come with the system.
+// Elsewhere the library links none: only a process that already holds them
+// provides them (the simulated desktop host loads its stand-ins before the
+// plug-in), so they are weak references, null where the process has none. A real
+// Linux host has none, and the bridge then finds no ApplicationServices.
+#if !defined(__APPLE__)
+#pragma weak kCFAllocatorSystemDefault
+#pragma weak __CFStringMakeConstantString
+#pragma weak CFURLCreateFromFSRef
+#pragma weak CFURLCreateCopyAppendingPathComponent
+#pragma weak CFBundleCreate
+#pragma weak CFBundleLoadExecutable
+#pragma weak CFBundleGetFunctionPointerForName
+#pragma weak CFRelease
+#pragma weak FSFindFolder
+#endif
+
 namespace {
+
+bool SystemFrameworksPresent() {
+#if defined(__APPLE__)
+    return true;
+#else
+    return &kCFAllocatorSystemDefault != nullptr && &__CFStringMakeConstantString != nullptr &&
+           &CFURLCreateFromFSRef != nullptr && &CFURLCreateCopyAppendingPathComponent != nullptr &&
+           &CFBundleCreate != nullptr && &CFBundleLoadExecutable != nullptr &&
+           &CFBundleGetFunctionPointerForName != nullptr && &CFRelease != nullptr && &FSFindFolder != nullptr;
+#endif
+}
 
 // Loads a framework bundle from the system disk's frameworks folder.
 CFBundleRef LoadFrameworkBundle(CFStringRef name) {
@@ -36,7 +64,8 @@ public:
     Proc Find() const {
         if (*address_ != nullptr) return *address_;
         CFBundleRef& framework = gLegacyFunctions.ApplicationServicesFramework;
-        if (framework == nullptr) framework = LoadFrameworkBundle(CFSTR("ApplicationServices.framework"));
+        if (framework == nullptr && SystemFrameworksPresent())
+            framework = LoadFrameworkBundle(CFSTR("ApplicationServices.framework"));
         if (framework == nullptr) return nullptr;
         *address_ = reinterpret_cast<Proc>(CFBundleGetFunctionPointerForName(framework, CFSTR(name_)));
         return *address_;

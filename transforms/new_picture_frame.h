@@ -2,8 +2,8 @@
 // right-angle turns): the receiver is read through a PictureReader, a new depth-32
 // picture of the receiver's size (or its sides exchanged) is written through a
 // PictureWriter and handed back with one reference for the caller. Every other
-// reference and lock is given back on every path, also when the fill throws: the
-// editors are locals, and the writer, declared last, is destroyed first.
+// reference and lock is given back on every path: the editors are locals, and
+// the writer, declared last, is destroyed first.
 #pragma once
 
 #include <cstdint>
