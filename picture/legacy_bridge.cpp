@@ -7,8 +7,14 @@
 // Elsewhere the library links none: only a process that already holds them
 // provides them (the simulated desktop host loads its stand-ins before the
 // plug-in), so they are weak references, null where the process has none. A real
-// Linux host has none, and the bridge then finds no ApplicationServices.
-#if !defined(__APPLE__)
+// Linux host has none, and the bridge then finds no ApplicationServices. Windows
+// has none either, and a DLL cannot leave a reference for its host's process to
+// fill: there the bridge knows at compile time that it finds nothing, and the
+// library refers to none of the functions. The unit tests' own build of this
+// file for Windows links the stand-ins in (PIXTURN_STAND_INS_LINKED).
+#if defined(_WIN32) && !defined(PIXTURN_STAND_INS_LINKED)
+#define PIXTURN_NO_SYSTEM_FRAMEWORKS
+#elif !defined(__APPLE__) && !defined(_WIN32)
 #pragma weak kCFAllocatorSystemDefault
 #pragma weak __CFStringMakeConstantString
 #pragma weak CFURLCreateFromFSRef
@@ -22,8 +28,15 @@
 
 namespace {
 
+#if defined(PIXTURN_NO_SYSTEM_FRAMEWORKS)
+
+CFBundleRef LoadApplicationServices() { return nullptr; }
+void* FunctionPointerForName(CFBundleRef, const char*) { return nullptr; }
+
+#else
+
 bool SystemFrameworksPresent() {
-#if defined(__APPLE__)
+#if defined(__APPLE__) || defined(_WIN32)
     return true;
 #else
     return &kCFAllocatorSystemDefault != nullptr && &__CFStringMakeConstantString != nullptr &&
@@ -54,6 +67,16 @@ CFBundleRef LoadFrameworkBundle(CFStringRef name) {
     return bundle;
 }
 
+CFBundleRef LoadApplicationServices() {
+    return SystemFrameworksPresent() ? LoadFrameworkBundle(CFSTR("ApplicationServices.framework")) : nullptr;
+}
+
+void* FunctionPointerForName(CFBundleRef framework, const char* name) {
+    return CFBundleGetFunctionPointerForName(framework, CFSTR(name));
+}
+
+#endif
+
 // A QuickDraw function found by name in ApplicationServices and kept in its slot
 // once found.
 template <typename Proc>
@@ -64,10 +87,9 @@ public:
     Proc Find() const {
         if (*address_ != nullptr) return *address_;
         CFBundleRef& framework = gLegacyFunctions.ApplicationServicesFramework;
-        if (framework == nullptr && SystemFrameworksPresent())
-            framework = LoadFrameworkBundle(CFSTR("ApplicationServices.framework"));
+        if (framework == nullptr) framework = LoadApplicationServices();
         if (framework == nullptr) return nullptr;
-        *address_ = reinterpret_cast<Proc>(CFBundleGetFunctionPointerForName(framework, CFSTR(name_)));
+        *address_ = reinterpret_cast<Proc>(FunctionPointerForName(framework, name_));
         return *address_;
     }
 

@@ -46,7 +46,15 @@ void Register(double hostVersion) {
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALResolver resolver) {
+// The library's one export: a dllexport on Windows, where the linker then
+// exports nothing else; the version script (plugin/exports.map) elsewhere.
+#if defined(_WIN32)
+#define PIXTURN_EXPORTED __declspec(dllexport)
+#else
+#define PIXTURN_EXPORTED __attribute__((visibility("default")))
+#endif
+
+extern "C" PIXTURN_EXPORTED void REALPluginMain(REALResolver resolver) {
     gResolver = resolver;
     if (auto hostVersion = reinterpret_cast<double (*)()>(LookUpOnce("REALGetRBVersion")))
         rbversion_rbversion = hostVersion();
