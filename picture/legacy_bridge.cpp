@@ -32,6 +32,7 @@ namespace {
 
 CFBundleRef LoadApplicationServices() { return nullptr; }
 void* FunctionPointerForName(CFBundleRef, const char*) { return nullptr; }
+void ReleaseBundle(CFBundleRef) {}
 
 #else
 
@@ -75,22 +76,39 @@ void* FunctionPointerForName(CFBundleRef framework, const char* name) {
     return CFBundleGetFunctionPointerForName(framework, CFSTR(name));
 }
 
+void ReleaseBundle(CFBundleRef bundle) { CFRelease(bundle); }
+
 #endif
 
+// ApplicationServices, loaded by the first call that needs it. Two first calls at
+// once both load it; the first one stored is kept and the other's reference given
+// back, so exactly one stays held. Published with release: the thread that finds
+// it uses what the loading thread set up.
+CFBundleRef ApplicationServices() {
+    std::atomic<CFBundleRef>& kept = gLegacyFunctions.ApplicationServicesFramework;
+    if (CFBundleRef framework = kept.load(std::memory_order_acquire)) return framework;
+    CFBundleRef loaded = LoadApplicationServices();
+    if (loaded == nullptr) return nullptr;
+    CFBundleRef first = nullptr;
+    if (kept.compare_exchange_strong(first, loaded, std::memory_order_acq_rel, std::memory_order_acquire)) return loaded;
+    ReleaseBundle(loaded);
+    return first;
+}
+
 // A QuickDraw function found by name in ApplicationServices and kept in its slot
-// once found.
+// once found; a failed look-up leaves the slot as it is.
 template <typename Proc>
 class LegacyFunction {
 public:
-    constexpr LegacyFunction(const char* name, Proc* slot) : name_(name), address_(slot) {}
+    constexpr LegacyFunction(const char* name, std::atomic<Proc>* slot) : name_(name), address_(slot) {}
 
     Proc Find() const {
-        if (*address_ != nullptr) return *address_;
-        CFBundleRef& framework = gLegacyFunctions.ApplicationServicesFramework;
-        if (framework == nullptr) framework = LoadApplicationServices();
+        if (Proc found = address_->load(std::memory_order_relaxed)) return found;
+        CFBundleRef framework = ApplicationServices();
         if (framework == nullptr) return nullptr;
-        *address_ = reinterpret_cast<Proc>(FunctionPointerForName(framework, name_));
-        return *address_;
+        Proc found = reinterpret_cast<Proc>(FunctionPointerForName(framework, name_));
+        if (found != nullptr) address_->store(found, std::memory_order_relaxed);
+        return found;
     }
 
     template <typename... Arguments>
@@ -101,7 +119,7 @@ public:
 
 private:
     const char* name_;
-    Proc* address_;
+    std::atomic<Proc>* address_;
 };
 
 constexpr LegacyFunction<SetGWorldProc> SetGWorldFunction{"SetGWorld", &gLegacyFunctions._SetGWorld};

@@ -12,14 +12,14 @@ namespace {
 // Asked once per process; a host that answers for none of the three classes
 // leaves the decision to the first picture's type.
 void DetectHostKind() {
-    if (IsDesktop || IsConsole) return;
+    if (IsDesktop() || IsConsole()) return;
     const bool application = REALGetClassRef("Application") != nullptr;
     const bool web = REALGetClassRef("WebApplication") != nullptr;
     const bool console = REALGetClassRef("ConsoleApplication") != nullptr;
     if (application)
-        IsDesktop = true;
+        DecideHostKind(HostKindDecision::Desktop);
     else if (console || web)
-        IsConsole = true;
+        DecideHostKind(HostKindDecision::Console);
 }
 
 }  // namespace
@@ -38,21 +38,21 @@ bool PictureEditor::Bind(REALpicture newPicture, bool allowCopy, bool writing, b
     if (!REALLockObject.IsAvailable()) return false;
     forWriting = writing;
     DetectHostKind();
-    if (IsConsole) return BindHostBitmap(newPicture);
+    if (IsConsole()) return BindHostBitmap(newPicture);
 
     // A host without the two-argument lock fills nothing: the type stays 0 and
     // there is no lock to give back.
     description = {};
     REALLockPictureDescription(newPicture, &description);
     if (description.pictureType == kPictureTypeGWorld) {
-        IsDesktop = true;
+        DecideHostKind(HostKindDecision::Desktop);
         return BindGWorld(newPicture, isCopy);
     }
     if (description.pictureType != 0) REALUnlockPictureDescription(newPicture);
     if (allowCopy && !writing && !isCopy) {
         if (REALpicture copy = ClonePicture(newPicture)) return BindCopy(copy);
     }
-    if (IsDesktop) return false;
+    if (IsDesktop()) return false;
     return BindHostBitmap(newPicture);
 }
 
@@ -99,7 +99,7 @@ bool PictureEditor::BindGWorld(REALpicture world, bool isCopy) {
 
 bool PictureEditor::BindHostBitmap(REALpicture bitmap) {
     if (!LockPictureDescriptionAs(bitmap, &description, kPictureTypeHostBitmap)) return false;
-    IsConsole = true;
+    DecideHostKind(HostKindDecision::Console);
     const void* record = description.pictureData;
     if (description.pictureType != kPictureTypeHostBitmap || record == nullptr ||
         host_bitmap::ReadWord(record, host_bitmap::kZeroWordOffset) != 0 ||

@@ -9,8 +9,8 @@
 //   - while the host has no such entry point, nothing is called and the zero of
 //     the result type comes back (nil, false, nothing), which callers treat like
 //     the host answering nil or false.
-// The slot is one pointer-sized word written whole; racing first uses store the
-// same address, so no lock is taken.
+// The slot is one atomic pointer-sized word; racing first uses store the same
+// address, so no lock is taken (plugin/process_state.h says why that is enough).
 #pragma once
 
 #include "platform/xojo/rb_plugin.h"
@@ -22,22 +22,31 @@ class HostEntryPoint;
 template <typename Result, typename... Arguments>
 class HostEntryPoint<Result(Arguments...)> {
 public:
-    constexpr HostEntryPoint(const char* lookedUpAs, void** slot) : name_(lookedUpAs), slot_(slot) {}
+    constexpr HostEntryPoint(const char* lookedUpAs, std::atomic<void*>* slot) : name_(lookedUpAs), slot_(slot) {}
 
     Result operator()(Arguments... arguments) const {
-        if (!IsAvailable()) return Result();
-        return reinterpret_cast<Result (*)(Arguments...)>(*slot_)(arguments...);
+        void* address = Address();
+        if (address == nullptr) return Result();
+        return reinterpret_cast<Result (*)(Arguments...)>(address)(arguments...);
     }
 
     // Looks the entry point up (the same rule as a call) without calling it.
-    bool IsAvailable() const {
-        if (*slot_ == nullptr && gResolver != nullptr) *slot_ = gResolver(name_);
-        return *slot_ != nullptr;
-    }
+    bool IsAvailable() const { return Address() != nullptr; }
 
 private:
+    // A failed look-up leaves the slot as it is, so that it never undoes another
+    // thread's success.
+    void* Address() const {
+        void* address = slot_->load(std::memory_order_relaxed);
+        if (address == nullptr && gResolver != nullptr) {
+            address = gResolver(name_);
+            if (address != nullptr) slot_->store(address, std::memory_order_relaxed);
+        }
+        return address;
+    }
+
     const char* name_;
-    void** slot_;
+    std::atomic<void*>* slot_;
 };
 
 // Two entry points of different signatures behind one plug-in-side name; each

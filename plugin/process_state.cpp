@@ -10,8 +10,11 @@ int32_t CurrentREALControlVersion = kNewestDefinitionVersion;
 const char* gpartname = nullptr;
 REALmoduleDefinition* gExtensionModule = nullptr;
 
+// Atomic words that took a lock would bring back the locks the plug-in does not take.
+static_assert(std::atomic<void*>::is_always_lock_free && std::atomic<SetGWorldProc>::is_always_lock_free &&
+              std::atomic<HostKindDecision>::is_always_lock_free);
+
 HostEntryPointSlots gHostEntryPointSlots = {};
 LegacyFunctionSlots gLegacyFunctions = {};
 
-bool IsDesktop = false;
-bool IsConsole = false;
+std::atomic<HostKindDecision> gHostKind{HostKindDecision::Undecided};

@@ -4,6 +4,7 @@
 // built without this file: a real host loads the plug-in once and keeps what
 // start-up handed it to the end of the process.
 #include <cstdlib>
+#include <memory>
 
 #include "plugin/definitions.h"
 #include "plugin/process_state.h"
@@ -24,6 +25,18 @@ void FreeOlderLayoutTables(REALclassDefinition& definition) {
     std::free(older.sharedProperties);
 }
 
+namespace {
+
+// Atomic words cannot be assigned as a whole record; made anew, they are null as at
+// load. The reset runs with no method under way.
+template <typename Record>
+void MakeAnew(Record& record) {
+    std::destroy_at(&record);
+    std::construct_at(&record);
+}
+
+}  // namespace
+
 void ResetProcessState() {
     FreeExtensionModule(gExtensionModule);
     FreeOlderLayoutTables(pictureClass);
@@ -36,10 +49,9 @@ void ResetProcessState() {
     gpartname = nullptr;
     gExtensionModule = nullptr;
 
-    gHostEntryPointSlots = {};
-    if (CFBundleRef framework = gLegacyFunctions.ApplicationServicesFramework) CFRelease(framework);
-    gLegacyFunctions = {};
+    MakeAnew(gHostEntryPointSlots);
+    if (CFBundleRef framework = gLegacyFunctions.ApplicationServicesFramework.load()) CFRelease(framework);
+    MakeAnew(gLegacyFunctions);
 
-    IsDesktop = false;
-    IsConsole = false;
+    gHostKind = HostKindDecision::Undecided;
 }

@@ -37,7 +37,7 @@ TEST_P(EntryPointCacheTest, AsksUntilTheHostAnswersThenNeverAgain) {
     gResolver = TestResolver;
     gLookups = gTargetCalls = 0;
     gAnswersFromLookup = GetParam().answersFromLookup;
-    void* slot = nullptr;
+    std::atomic<void*> slot = nullptr;
     const HostEntryPoint<int32_t(int32_t)> twice{"Twice", &slot};
     int expectedTargetCalls = 0;
     for (int32_t expected : GetParam().results) {
@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Resolvers, EntryPointCacheTest,
 
 TEST(EntryPointCache, NoResolverAnswersZero) {
     gResolver = nullptr;
-    void* slot = nullptr;
+    std::atomic<void*> slot = nullptr;
     const HostEntryPoint<int32_t(int32_t)> twice{"Twice", &slot};
     EXPECT_EQ(twice(21), 0);
     EXPECT_FALSE(twice.IsAvailable());
