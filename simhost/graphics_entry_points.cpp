@@ -27,8 +27,8 @@ namespace {
 
 void DrawPicture(REALobject graphics, REALpicture image, int32_t x, int32_t y, int32_t w, int32_t h, int32_t sx,
                  int32_t sy, int32_t sw, int32_t sh) {
-    HostState* host = HostState::Enter("DrawPicture");
-    if (host == nullptr) return;
+    auto host = HostState::Enter("DrawPicture");
+    if (!host) return;
     const HostObject* drawer = host->Find(graphics, "DrawPicture");
     if (drawer == nullptr) return;
     if (drawer->kind != ObjectKind::Graphics) return host->Problem("DrawPicture called on a picture");
@@ -49,15 +49,15 @@ void DrawPicture(REALobject graphics, REALpicture image, int32_t x, int32_t y, i
 }  // namespace
 
 REALobject pluginPictureGraphicsGetter(REALpicture picture) {
-    HostState* host = HostState::Enter("pluginPictureGraphicsGetter");
-    if (host == nullptr || host->PixelsOf(picture, "pluginPictureGraphicsGetter") == nullptr) return nullptr;
+    auto host = HostState::Enter("pluginPictureGraphicsGetter");
+    if (!host || host->PixelsOf(picture, "pluginPictureGraphicsGetter") == nullptr) return nullptr;
     if (host->config.graphicsUnavailable) return nullptr;
     return HostState::PictureHandle(host->NewGraphics(HostState::TokenOf(picture)));
 }
 
 void* REALLoadObjectMethod(REALobject object, const char* declaration) {
-    HostState* host = HostState::Enter("REALLoadObjectMethod");
-    if (host == nullptr) return nullptr;
+    auto host = HostState::Enter("REALLoadObjectMethod");
+    if (!host) return nullptr;
     const HostObject* found = host->Find(object, "REALLoadObjectMethod");
     if (found == nullptr || found->kind != ObjectKind::Graphics || declaration == nullptr) return nullptr;
     if (host->config.drawPictureUnavailable || std::strcmp(declaration, kDrawPictureDeclaration) != 0) return nullptr;

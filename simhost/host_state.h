@@ -1,11 +1,18 @@
 // Inside the simulated host: its objects (pictures and graphics objects) with
 // their references, locks and pixels, and what it records of every call. The
 // entry points the resolver hands out work on the one active HostState.
+//
+// A program may call the plug-in from many threads at once, and the plug-in calls
+// the host from each of them: every entry point, and every function a test calls,
+// holds the host's mutex for its whole call (HostAccess), so each sees and leaves
+// the objects and the ledger whole. Pixels are not under it: like the real host,
+// it leaves a picture's pixels to whoever has locked its description.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,6 +48,8 @@ struct HostObject {
     uintptr_t target = 0;
 };
 
+class HostAccess;
+
 class HostState {
 public:
     HostState(HostConfig config, SimulatedHost* owner);
@@ -48,12 +57,10 @@ public:
 
     // The state of the active host, or null when no host is active.
     static HostState* Active();
-    // Active(), counting a call of the entry point.
-    static HostState* Enter(const char* entryPoint) {
-        HostState* host = Active();
-        if (host != nullptr) host->CountCall(entryPoint);
-        return host;
-    }
+    // Active(), held, counting a call of the entry point.
+    static HostAccess Enter(const char* entryPoint);
+
+    std::mutex mutex;
 
     const HostConfig config;
     SimulatedHost* const owner;
@@ -94,5 +101,27 @@ private:
     uintptr_t lastToken_;
     std::vector<std::string> problems_;
 };
+
+// A host held for one call: its mutex is locked for as long as this lives. Empty
+// (false) when there is no host.
+class HostAccess {
+public:
+    explicit HostAccess(HostState* host) : host_(host) {
+        if (host_ != nullptr) lock_ = std::unique_lock(host_->mutex);
+    }
+    explicit operator bool() const { return host_ != nullptr; }
+    HostState* operator->() const { return host_; }
+    HostState& operator*() const { return *host_; }
+
+private:
+    HostState* host_;
+    std::unique_lock<std::mutex> lock_;
+};
+
+inline HostAccess HostState::Enter(const char* entryPoint) {
+    HostAccess host(Active());
+    if (host) host->CountCall(entryPoint);
+    return host;
+}
 
 }  // namespace simhost::internal

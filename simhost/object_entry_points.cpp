@@ -18,20 +18,20 @@ const char* const kCommonClasses[] = {"Picture", "Graphics"};
 }  // namespace
 
 void REALLockObject(REALobject object) {
-    HostState* host = HostState::Enter("REALLockObject");
-    if (host != nullptr && host->Find(object, "REALLockObject") != nullptr)
+    auto host = HostState::Enter("REALLockObject");
+    if (host && host->Find(object, "REALLockObject") != nullptr)
         host->AddReference(HostState::TokenOf(object));
 }
 
 void REALUnlockObject(REALobject object) {
-    HostState* host = HostState::Enter("REALUnlockObject");
-    if (host != nullptr && host->Find(object, "REALUnlockObject") != nullptr)
+    auto host = HostState::Enter("REALUnlockObject");
+    if (host && host->Find(object, "REALUnlockObject") != nullptr)
         host->DropReference(HostState::TokenOf(object), "REALUnlockObject");
 }
 
 void* pluginObjectType(const char* className) {
-    HostState* host = HostState::Enter("pluginObjectType");
-    if (host == nullptr || className == nullptr) return nullptr;
+    auto host = HostState::Enter("pluginObjectType");
+    if (!host || className == nullptr) return nullptr;
     for (const char* const& name : kCommonClasses)
         if (std::strcmp(name, className) == 0) return const_cast<char**>(&name);
     const int kind = static_cast<int>(host->config.kind);
@@ -41,8 +41,8 @@ void* pluginObjectType(const char* className) {
 }
 
 bool REALGetPropValueInt(REALobject object, const char* property, int32_t* value) {
-    HostState* host = HostState::Enter("REALGetPropValueInt");
-    if (host == nullptr || property == nullptr || value == nullptr) return false;
+    auto host = HostState::Enter("REALGetPropValueInt");
+    if (!host || property == nullptr || value == nullptr) return false;
     const PictureStore* store = host->PixelsOf(object, "REALGetPropValueInt");
     if (store == nullptr) return false;
     if (std::strcmp(property, "Width") == 0) *value = store->width();

@@ -61,8 +61,8 @@ bool LockDescription(HostState& host, REALpicture picture, REALpictureDescriptio
 }  // namespace
 
 REALpicture newPicture(int32_t width, int32_t height, int32_t depth) {
-    HostState* host = HostState::Enter("newPicture");
-    if (host == nullptr) return nullptr;
+    auto host = HostState::Enter("newPicture");
+    if (!host) return nullptr;
     const int call = ++host->newPictureCalls;
     if (depth != 32 || width < 1 || height < 1 || width > kLargestPictureSide || height > kLargestPictureSide) {
         host->Problem("newPicture asked for " + std::to_string(width) + " x " + std::to_string(height) + " at depth " +
@@ -78,13 +78,13 @@ REALpicture newPicture(int32_t width, int32_t height, int32_t depth) {
 }
 
 void lockPictureDescription(REALpicture picture, REALpictureDescription* description) {
-    if (HostState* host = HostState::Enter("lockPictureDescription"))
+    if (auto host = HostState::Enter("lockPictureDescription"))
         LockDescription(*host, picture, description, 0, "lockPictureDescription");
 }
 
 bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* description, int32_t pictureType) {
-    HostState* host = HostState::Enter("REALLockPictureDescription");
-    if (host == nullptr) return false;
+    auto host = HostState::Enter("REALLockPictureDescription");
+    if (!host) return false;
     if (pictureType == 0) {
         host->Problem("REALLockPictureDescription asked for picture type 0");
         return false;
@@ -93,8 +93,8 @@ bool REALLockPictureDescription(REALpicture picture, REALpictureDescription* des
 }
 
 void unlockPictureDescription(REALpicture picture) {
-    HostState* host = HostState::Enter("unlockPictureDescription");
-    if (host == nullptr) return;
+    auto host = HostState::Enter("unlockPictureDescription");
+    if (!host) return;
     HostObject* object = host->Find(picture, "unlockPictureDescription");
     if (object == nullptr) return;
     if (object->unlocksOwedForFailedLocks > 0)
@@ -106,14 +106,14 @@ void unlockPictureDescription(REALpicture picture) {
 }
 
 void REALPictureClearCache(REALpicture picture) {
-    HostState* host = HostState::Enter("REALPictureClearCache");
-    if (host == nullptr) return;
+    auto host = HostState::Enter("REALPictureClearCache");
+    if (!host) return;
     if (HostObject* object = host->Find(picture, "REALPictureClearCache")) ++object->cacheClears;
 }
 
 REALpicture REALGetPictureMask(REALpicture picture, uint8_t create) {
-    HostState* host = HostState::Enter("REALGetPictureMask");
-    if (host == nullptr) return nullptr;
+    auto host = HostState::Enter("REALGetPictureMask");
+    if (!host) return nullptr;
     HostObject* object = host->Find(picture, "REALGetPictureMask");
     if (object == nullptr || object->kind != ObjectKind::Picture || object->isMask) return nullptr;
     if (object->mask == 0) {

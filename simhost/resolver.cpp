@@ -47,8 +47,8 @@ void* EntryPointNamed(const std::string& name) {
 namespace {
 
 void* Resolve(const char* entryName) {
-    HostState* host = HostState::Active();
-    if (host == nullptr || entryName == nullptr) return nullptr;
+    HostAccess host(HostState::Active());
+    if (!host || entryName == nullptr) return nullptr;
     const std::string name = entryName;
     const int lookup = ++host->lookups[name];
     if (host->config.missingEntryPoints.contains(name)) return nullptr;

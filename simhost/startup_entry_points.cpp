@@ -34,17 +34,17 @@ void CopyClass(Registration& registration, const Record& record) {
 }  // namespace
 
 double REALGetRBVersion() {
-    HostState* host = HostState::Enter("REALGetRBVersion");
-    return host != nullptr && host->config.version ? *host->config.version : 0.0;
+    auto host = HostState::Enter("REALGetRBVersion");
+    return host && host->config.version ? *host->config.version : 0.0;
 }
 
 void RegisterPluginVersion(int32_t definitionVersion) {
-    if (HostState* host = HostState::Enter("RegisterPluginVersion")) host->registration.announcedVersion = definitionVersion;
+    if (auto host = HostState::Enter("RegisterPluginVersion")) host->registration.announcedVersion = definitionVersion;
 }
 
 void PluginRegisterClassExtension(REALclassDefinition* definition) {
-    HostState* host = HostState::Enter("PluginRegisterClassExtension");
-    if (host == nullptr) return;
+    auto host = HostState::Enter("PluginRegisterClassExtension");
+    if (!host) return;
     if (definition == nullptr) return host->Problem("PluginRegisterClassExtension called with nil");
     Registration& registration = host->registration;
     ++registration.registrations;
@@ -58,8 +58,8 @@ void PluginRegisterClassExtension(REALclassDefinition* definition) {
 }
 
 void PluginRegisterModule(REALmoduleDefinition* module) {
-    HostState* host = HostState::Enter("PluginRegisterModule");
-    if (host == nullptr) return;
+    auto host = HostState::Enter("PluginRegisterModule");
+    if (!host) return;
     if (module == nullptr) return host->Problem("PluginRegisterModule called with nil");
     Registration& registration = host->registration;
     ++registration.registrations;

@@ -14,6 +14,11 @@
 
 namespace macos_system::internal {
 
+std::mutex& SystemMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
 Configuration& CurrentConfiguration() {
     static Configuration configuration;
     return configuration;
@@ -30,6 +35,7 @@ namespace {
 
 using macos_system::internal::CurrentConfiguration;
 using macos_system::internal::MutableCounters;
+using macos_system::internal::SystemMutex;
 
 constexpr const char* kFrameworksFolderPath = "/System/Library/Frameworks";
 constexpr const char* kApplicationServicesPath = "/System/Library/Frameworks/ApplicationServices.framework";
@@ -95,13 +101,17 @@ const std::string* StringOf(CFStringRef string) {
 namespace macos_system {
 
 void Configure(const Configuration& configuration) {
+    std::lock_guard lock(internal::SystemMutex());
     internal::CurrentConfiguration() = configuration;
     Counters& counters = internal::MutableCounters();
     counters = Counters{};
     UpdateCensus();
 }
 
-const Counters& GetCounters() { return internal::MutableCounters(); }
+Counters GetCounters() {
+    std::lock_guard lock(internal::SystemMutex());
+    return internal::MutableCounters();
+}
 
 }  // namespace macos_system
 
@@ -110,11 +120,13 @@ extern "C" {
 const CFAllocatorRef kCFAllocatorSystemDefault = nullptr;
 
 CFStringRef __CFStringMakeConstantString(const char* cString) {
+    std::lock_guard lock(SystemMutex());
     auto [it, inserted] = ConstantStrings().insert(cString);
     return reinterpret_cast<CFStringRef>(&*it);
 }
 
 OSErr FSFindFolder(int16_t vRefNum, OSType folderType, Boolean, FSRef* foundRef) {
+    std::lock_guard lock(SystemMutex());
     if (vRefNum != kOnSystemDisk || folderType != kFrameworksFolderType || foundRef == nullptr) {
         ++MutableCounters().unexpectedFolderRequests;
         return fnfErr;
@@ -127,6 +139,7 @@ OSErr FSFindFolder(int16_t vRefNum, OSType folderType, Boolean, FSRef* foundRef)
 }
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* fsRef) {
+    std::lock_guard lock(SystemMutex());
     if (fsRef == nullptr) return nullptr;
     const char* text = reinterpret_cast<const char*>(fsRef->hidden);
     const size_t length = strnlen(text, sizeof fsRef->hidden);
@@ -138,6 +151,7 @@ CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* fsRef) {
 
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef pathComponent,
                                                Boolean) {
+    std::lock_guard lock(SystemMutex());
     const CFObject* base = Find(url, CFObject::Kind::URL);
     const std::string* component = StringOf(pathComponent);
     if (base == nullptr || component == nullptr) return nullptr;
@@ -145,6 +159,7 @@ CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFS
 }
 
 CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef bundleURL) {
+    std::lock_guard lock(SystemMutex());
     const CFObject* url = Find(bundleURL, CFObject::Kind::URL);
     if (url == nullptr || url->path != kApplicationServicesPath) return nullptr;
     if (!CurrentConfiguration().applicationServicesInstalled) return nullptr;
@@ -153,11 +168,13 @@ CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef bundleURL) {
 }
 
 Boolean CFBundleLoadExecutable(CFBundleRef bundle) {
+    std::lock_guard lock(SystemMutex());
     if (Find(bundle, CFObject::Kind::Bundle) == nullptr) return false;
     return CurrentConfiguration().executableLoads;
 }
 
 void* CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef functionName) {
+    std::lock_guard lock(SystemMutex());
     ++MutableCounters().functionLookups;
     const std::string* name = StringOf(functionName);
     if (Find(bundle, CFObject::Kind::Bundle) == nullptr || name == nullptr) return nullptr;
@@ -166,6 +183,7 @@ void* CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef function
 }
 
 void CFRelease(CFTypeRef object) {
+    std::lock_guard lock(SystemMutex());
     auto it = LiveObjects().find(reinterpret_cast<uintptr_t>(object));
     if (it == LiveObjects().end()) {
         ++MutableCounters().deadCFObjectCalls;

@@ -2,6 +2,7 @@
 // and QuickDraw stand-ins: whether ApplicationServices is installed and which of
 // its functions it exports, offscreen worlds for the simulated host's pictures,
 // and the counters a test reads (CoreFoundation objects alive, pixel locks, calls).
+// Every function may be called from any thread.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +40,7 @@ struct Counters {
     int quickDrawCallsOnDeadWorlds = 0;   // a pixel map or world that no longer exists
     int unbalancedUnlockPixels = 0;       // UnlockPixels with no lock held
 };
-const Counters& GetCounters();
+Counters GetCounters();
 
 // Offscreen worlds, as the host makes them for its pictures. depth is 16, 24 or
 // 32; rowBytes at least width times the bytes per pixel (bigger pads the rows).

@@ -16,6 +16,7 @@
 namespace {
 
 using macos_system::internal::MutableCounters;
+using macos_system::internal::SystemMutex;
 
 // Pixels start on a cache line, as QuickDraw's own allocations of pixel maps are
 // aligned (copies from a misaligned start run markedly slower, which would blur
@@ -78,22 +79,31 @@ int32_t BytesPerPixel(int16_t depth) {
 extern "C" {
 
 static void SetGWorld(CGrafPtr port, GDHandle device) {
+    std::lock_guard lock(SystemMutex());
     if (port == nullptr && device == nullptr)
         ++MutableCounters().setGWorldNullCalls;
     else
         ++MutableCounters().setGWorldOtherCalls;
 }
 
-static PixMapHandle GetPortPixMap(CGrafPtr port) { return PixMapOf(port); }
+static PixMapHandle GetPortPixMap(CGrafPtr port) {
+    std::lock_guard lock(SystemMutex());
+    return PixMapOf(port);
+}
 
-static PixMapHandle GetGWorldPixMap(GWorldPtr world) { return PixMapOf(world); }
+static PixMapHandle GetGWorldPixMap(GWorldPtr world) {
+    std::lock_guard lock(SystemMutex());
+    return PixMapOf(world);
+}
 
 static int16_t GetPixDepth(PixMapHandle pixMap) {
+    std::lock_guard lock(SystemMutex());
     const World* world = WorldOfPixMap(pixMap);
     return world == nullptr ? 0 : world->depth;
 }
 
 static Boolean LockPixels(PixMapHandle pixMap) {
+    std::lock_guard lock(SystemMutex());
     World* world = WorldOfPixMap(pixMap);
     if (world == nullptr) return false;
     ++world->pixelLocks;
@@ -101,6 +111,7 @@ static Boolean LockPixels(PixMapHandle pixMap) {
 }
 
 static void UnlockPixels(PixMapHandle pixMap) {
+    std::lock_guard lock(SystemMutex());
     World* world = WorldOfPixMap(pixMap);
     if (world == nullptr) return;
     if (world->pixelLocks == 0)
@@ -110,11 +121,13 @@ static void UnlockPixels(PixMapHandle pixMap) {
 }
 
 static Ptr GetPixBaseAddr(PixMapHandle pixMap) {
+    std::lock_guard lock(SystemMutex());
     World* world = WorldOfPixMap(pixMap);
     return world == nullptr ? nullptr : reinterpret_cast<Ptr>(world->pixels.get());
 }
 
 static int32_t GetPixRowBytes(PixMapHandle pixMap) {
+    std::lock_guard lock(SystemMutex());
     const World* world = WorldOfPixMap(pixMap);
     return world == nullptr ? 0 : world->rowBytes;
 }
@@ -161,6 +174,7 @@ std::vector<std::string> QuickDrawFunctionNames() {
 }
 
 GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowBytes) {
+    std::lock_guard lock(SystemMutex());
     const int32_t bytesPerPixel = BytesPerPixel(depth);
     if (bytesPerPixel == 0 || width < 0 || height < 0 || rowBytes < int64_t{width} * bytesPerPixel) return nullptr;
     static uintptr_t serial = 0;
@@ -172,25 +186,30 @@ GWorldPtr NewWorld(int32_t width, int32_t height, int16_t depth, int32_t rowByte
 }
 
 void DisposeWorld(GWorldPtr world) {
+    std::lock_guard lock(SystemMutex());
     if (Worlds().erase(reinterpret_cast<uintptr_t>(world)) == 0) ++internal::MutableCounters().quickDrawCallsOnDeadWorlds;
 }
 
 uint8_t* WorldPixels(GWorldPtr world) {
+    std::lock_guard lock(SystemMutex());
     World* found = FindWorld(world);
     return found == nullptr ? nullptr : found->pixels.get();
 }
 
 int32_t WorldRowBytes(GWorldPtr world) {
+    std::lock_guard lock(SystemMutex());
     const World* found = FindWorld(world);
     return found == nullptr ? 0 : found->rowBytes;
 }
 
 int16_t WorldDepth(GWorldPtr world) {
+    std::lock_guard lock(SystemMutex());
     const World* found = FindWorld(world);
     return found == nullptr ? 0 : found->depth;
 }
 
 int WorldPixelLocks(GWorldPtr world) {
+    std::lock_guard lock(SystemMutex());
     const World* found = FindWorld(world);
     return found == nullptr ? 0 : found->pixelLocks;
 }

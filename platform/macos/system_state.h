@@ -3,9 +3,15 @@
 // bundle answers function look-ups from. Not for the plug-in or the host.
 #pragma once
 
+#include <mutex>
+
 #include "macos_system.h"
 
 namespace macos_system::internal {
+
+// Held by every function of the simulated system while it reads or changes any
+// of it: like the real frameworks, it may be called from any thread.
+std::mutex& SystemMutex();
 
 Configuration& CurrentConfiguration();
 Counters& MutableCounters();
