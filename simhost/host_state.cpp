@@ -39,7 +39,10 @@ HostState::~HostState() {
 HostState* HostState::Active() { return gActive; }
 
 uintptr_t HostState::NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial) {
-    auto store = std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial);
+    return AddPicture(std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial));
+}
+
+uintptr_t HostState::AddPicture(std::unique_ptr<PictureStore> store) {
     lastToken_ += 16;
     HostObject& object = objects_[lastToken_];
     object.kind = ObjectKind::Picture;

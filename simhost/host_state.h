@@ -75,6 +75,8 @@ public:
     // Objects. Find records a problem when the handle is nil or not alive.
     // NewPicture makes nothing when its allocation throws.
     uintptr_t NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial);
+    // A new picture of pixels made already, with one reference.
+    uintptr_t AddPicture(std::unique_ptr<PictureStore> store);
     uintptr_t NewGraphics(uintptr_t picture);
     HostObject* Find(const void* handle, const char* caller);
     const HostObject* Peek(const void* handle) const;
@@ -112,6 +114,18 @@ public:
     explicit operator bool() const { return host_ != nullptr; }
     HostState* operator->() const { return host_; }
     HostState& operator*() const { return *host_; }
+    // Lets the host go while `work` runs: for work on what no other thread can
+    // reach yet, such as the pixels of a picture still being made.
+    template <typename Work>
+    auto Unlocked(Work work) {
+        struct Relock {
+            std::unique_lock<std::mutex>& lock;
+            ~Relock() { lock.lock(); }
+        };
+        lock_.unlock();
+        const Relock relock{lock_};
+        return work();
+    }
 
 private:
     HostState* host_;

@@ -31,12 +31,12 @@ Rgba Colour(uint32_t argb) {
     return {uint8_t(argb >> 16), uint8_t(argb >> 8), uint8_t(argb), uint8_t(argb >> 24)};
 }
 
-// From the host's memory, which may run out: then the allocation throws, as
-// operator new does.
-uintptr_t MakeFilledPicture(HostState& host, int32_t width, int32_t height, Rgba fill) {
+// The pixels of a new picture, from the host's memory, which may run out: then
+// the allocation throws, as operator new does.
+std::unique_ptr<PictureStore> FilledPixels(const HostConfig& config, int32_t width, int32_t height, Rgba fill) {
     const size_t pixelBytes = static_cast<size_t>(width) * static_cast<size_t>(height) * 4;
-    if (host.config.largestPixelAllocation && pixelBytes > *host.config.largestPixelAllocation) throw std::bad_alloc();
-    return host.NewPicture(NewPictureStorage(host.config), width, height, fill);
+    if (config.largestPixelAllocation && pixelBytes > *config.largestPixelAllocation) throw std::bad_alloc();
+    return std::make_unique<PictureStore>(NewPictureStorage(config), width, height, config.rowPadding, fill);
 }
 
 bool LockDescription(HostState& host, REALpicture picture, REALpictureDescription* description,
@@ -70,8 +70,13 @@ REALpicture newPicture(int32_t width, int32_t height, int32_t depth) {
         return nullptr;
     }
     if (host->config.newPictureFailsFromCall > 0 && call >= host->config.newPictureFailsFromCall) return nullptr;
+    // Made and filled with the host let go, as most of a new picture's cost is
+    // there and other threads' calls need not wait for it.
+    const HostConfig& config = host->config;
     try {
-        return HostState::PictureHandle(MakeFilledPicture(*host, width, height, Colour(host->config.newPictureFill)));
+        std::unique_ptr<PictureStore> pixels =
+            host.Unlocked([&] { return FilledPixels(config, width, height, Colour(config.newPictureFill)); });
+        return HostState::PictureHandle(host->AddPicture(std::move(pixels)));
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
@@ -118,10 +123,11 @@ REALpicture REALGetPictureMask(REALpicture picture, uint8_t create) {
     if (object == nullptr || object->kind != ObjectKind::Picture || object->isMask) return nullptr;
     if (object->mask == 0) {
         if (!create) return nullptr;
-        // Its first reference is the picture's own.
+        // Its first reference is the picture's own. Made with the host held, so
+        // that threads asking at once get the same mask.
         try {
-            object->mask =
-                MakeFilledPicture(*host, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255});
+            object->mask = host->AddPicture(
+                FilledPixels(host->config, object->store->width(), object->store->height(), Rgba{0, 0, 0, 255}));
         } catch (const std::bad_alloc&) {
             return nullptr;
         }
