@@ -1,7 +1,8 @@
 # make demo: installs what the demo needs, builds the plug-in and pixturn only
 # (build/demo) and runs the gallery; make test: builds and runs every test
-# (default build, sanitized build, 32-bit build, the 64-bit Windows build
-# under Wine, the 32-bit Windows DLL's exports and imports, a minute of fuzzing);
+# (default build, sanitized build, ThreadSanitizer build, 32-bit build, the
+# 64-bit Windows build under Wine, the 32-bit Windows DLL's exports and imports,
+# a minute of fuzzing);
 # make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make coverage: the lines of the plug-in the committed fuzz corpus reaches;
@@ -11,7 +12,7 @@ JOBS ?= $(shell nproc)
 FUZZ_RUNS ?= 10000000
 FUZZ_SECONDS ?= 0
 
-.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-m32 test-win64 test-win32 fuzz fuzz-long coverage mutants clean bench bench-cli
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-win64 test-win32 fuzz fuzz-long coverage mutants clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -30,7 +31,7 @@ build-demo: deps-demo
 demo: build-demo
 	./build/demo/tools/pixturn demo demo-output
 
-test: test-default test-asan test-m32 test-win64 test-win32 fuzz
+test: test-default test-asan test-tsan test-m32 test-win64 test-win32 fuzz
 
 test-default: build
 	ctest --preset default
@@ -39,6 +40,11 @@ test-asan: deps
 	cmake --preset asan
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan
+
+test-tsan: deps
+	cmake --preset tsan
+	cmake --build --preset tsan -j $(JOBS)
+	ctest --preset tsan
 
 test-m32: deps
 	cmake --preset m32

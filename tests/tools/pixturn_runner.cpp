@@ -31,6 +31,8 @@ RunResult RunPixturn(const std::vector<std::string>& arguments, const RunSetting
 std::string MemoryLimit(long mebibytes) {
 #if defined(__SANITIZE_ADDRESS__)
     return "export ASAN_OPTIONS=\"$ASAN_OPTIONS:max_allocation_size_mb=" + std::to_string(mebibytes) + "\"";
+#elif defined(__SANITIZE_THREAD__)
+    return "export TSAN_OPTIONS=\"$TSAN_OPTIONS:max_allocation_size_mb=" + std::to_string(mebibytes) + "\"";
 #else
     return "ulimit -v " + std::to_string(mebibytes * 1024);
 #endif

@@ -32,8 +32,8 @@ RunResult RunPixturn(const std::vector<std::string>& arguments, const RunSetting
 RunResult RunShell(const std::string& command);
 
 // A shell command that keeps the command's memory under that many MiB: an
-// address-space limit, or under AddressSanitizer, whose shadow memory no such
-// limit admits, its own ceiling on any one allocation.
+// address-space limit, or under AddressSanitizer or ThreadSanitizer, whose shadow
+// memory no such limit admits, the sanitizer's own ceiling on any one allocation.
 std::string MemoryLimit(long mebibytes);
 
 // A directory of its own for each test, removed at the end.
