@@ -10,6 +10,7 @@
 #include "bench/plugin_session.h"
 #include "bench/pixturn_jobs.h"
 #include "bench/results_table.h"
+#include "bench/thread_scaling_jobs.h"
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
@@ -19,7 +20,9 @@ int main(int argc, char** argv) {
     // Registration order is running order: all of one host's jobs, then the
     // other's, so each host is built once.
     bench::RegisterPluginJobs(bench::kDesktop);
+    bench::RegisterThreadScalingJobs(bench::kDesktop);
     bench::RegisterPluginJobs(bench::kConsole);
+    bench::RegisterThreadScalingJobs(bench::kConsole);
     bench::RegisterImageMagickJobs();
     bench::RegisterLeptonicaJobs();
     bench::RegisterOpenCvJobs();

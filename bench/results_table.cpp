@@ -165,6 +165,27 @@ void PrintMemory(std::ostream& out, const Lookup& lookup) {
                rows);
 }
 
+// Pictures per second from each count of threads, and how close each count comes
+// to that many times one thread's rate.
+void PrintThreadScaling(std::ostream& out, const Lookup& lookup) {
+    std::vector<Row> rows{{"threads", "host", "pictures/s", "speed-up", "efficiency"}};
+    for (const char* host : kHostLabels) {
+        const std::optional<double> alone = lookup.Counter(ScalingTask(1), host, "items_per_second");
+        for (int threads : ScalingThreadCounts()) {
+            const std::optional<double> rate = lookup.Counter(ScalingTask(threads), host, "items_per_second");
+            const std::optional<double> speedUp = rate && alone && *alone > 0 ? std::optional(*rate / *alone) : std::nullopt;
+            rows.push_back({std::to_string(threads), host, rate ? Format("%.1f", *rate) : "-",
+                            speedUp ? Format("%.2f", *speedUp) : "-",
+                            speedUp ? Format("%.0f%%", *speedUp / threads * 100) : "-"});
+        }
+    }
+    PrintTable(out,
+               "RotateQLM(30) on " + std::to_string(kScalingPictureWidth) + " x " +
+                   std::to_string(kScalingPictureHeight) +
+                   " pictures, each thread its own (median of 3 repetitions; efficiency: speed-up / threads)",
+               rows);
+}
+
 struct Goal {
     std::string text;
     std::string task;
@@ -300,6 +321,7 @@ void PrintResults(std::ostream& out, const Results& results) {
     PrintTimes(out, lookup);
     PrintRatios(out, lookup);
     PrintMemory(out, lookup);
+    PrintThreadScaling(out, lookup);
     PrintGoals(out, lookup);
 }
 

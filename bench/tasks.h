@@ -2,6 +2,7 @@
 // called, so that the table lines up a method with its peers and floors.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,14 @@ inline constexpr char kBitmap[] = "BitmapQLM";
 inline constexpr char kRotateMemory[] = "RotateMemoryQLM(30)";
 inline constexpr char kRotateWithMask[] = "RotateImageAndMaskQLM(30)";
 inline constexpr char kRotateWithMaskCut[] = "RotateImageAndMaskQLM(30,cut)";
+
+// RotateQLM(30) on pictures of this size from several threads at once, one picture
+// per thread: "RotateQLM(30) 1000x750, 2 threads". The counts are 1, 2 and the
+// machine's cores.
+inline constexpr int32_t kScalingPictureWidth = 1000;
+inline constexpr int32_t kScalingPictureHeight = 750;
+std::vector<int> ScalingThreadCounts();
+std::string ScalingTask(int threads);
 
 // Implementations other than the plug-in's hosts.
 inline constexpr char kImageMagick[] = "imagemagick";
