@@ -76,7 +76,7 @@ protected:
 };
 
 // A fresh instance of the plug-in: the threads' first calls race to look the entry
-// points up, load the framework, decide the host kind and choose the vector path.
+// points up, load the framework and its functions, and decide the host kind.
 TEST_P(PreemptiveThreads, EveryMethodGivesWhatOneThreadGivesAndNothingStaysHeld) {
 #ifndef __SANITIZE_THREAD__
     FAIL() << "only a ThreadSanitizer build sees data races";
