@@ -1,8 +1,8 @@
 # make demo: installs what the demo needs, builds the plug-in and pixturn only
 # (build/demo) and runs the gallery; make test: builds and runs every test
-# (default build, sanitized build, ThreadSanitizer build, 32-bit build, the
-# 64-bit Windows build under Wine, the 32-bit Windows DLL's exports and imports,
-# a minute of fuzzing);
+# (default build, sanitized build, ThreadSanitizer build, the 32-bit x86, ARM
+# and arm64 builds under QEMU, the 64-bit Windows build under Wine, the 32-bit
+# Windows DLL's exports and imports, a minute of fuzzing);
 # make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make coverage: the lines of the plug-in the committed fuzz corpus reaches;
@@ -12,7 +12,7 @@ JOBS ?= $(shell nproc)
 FUZZ_RUNS ?= 10000000
 FUZZ_SECONDS ?= 0
 
-.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-win64 test-win32 fuzz fuzz-long coverage mutants clean bench bench-cli
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64 test-win32 fuzz fuzz-long coverage mutants clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -31,7 +31,7 @@ build-demo: deps-demo
 demo: build-demo
 	./build/demo/tools/pixturn demo demo-output
 
-test: test-default test-asan test-tsan test-m32 test-win64 test-win32 fuzz
+test: test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64 test-win32 fuzz
 
 test-default: build
 	ctest --preset default
@@ -50,6 +50,16 @@ test-m32: deps
 	cmake --preset m32
 	cmake --build --preset m32 -j $(JOBS)
 	ctest --preset m32
+
+test-armhf: deps
+	cmake --preset armhf
+	cmake --build --preset armhf -j $(JOBS)
+	ctest --preset armhf
+
+test-arm64: deps
+	cmake --preset arm64
+	cmake --build --preset arm64 -j $(JOBS)
+	ctest --preset arm64
 
 test-win64: deps
 	cmake --preset win64

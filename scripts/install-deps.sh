@@ -10,11 +10,13 @@ if [ "${1:-}" = --demo ]; then
   shift
   exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" "$@"
 fi
-# libgtest-dev for the tests, g++-multilib and googletest (sources) for the
-# 32-bit build, clang and its runtime libraries for the libFuzzer target,
+# libgtest-dev for the tests; Debian's cross compilers for 32-bit x86, ARM and
+# arm64, QEMU's user-mode emulators and googletest (sources) for those builds;
+# clang and its runtime libraries for the libFuzzer target,
 # llvm-14's llvm-cov and llvm-profdata for the coverage report, chromium for the
 # test that opens the demo's gallery, the mingw-w64 compilers (POSIX threads)
 # for the two Windows DLLs and wine64 for the 64-bit Windows tests.
 exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
-  g++-multilib googletest qemu-user clang libclang-rt-14-dev llvm-14 chromium \
+  g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu googletest qemu-user \
+  clang libclang-rt-14-dev llvm-14 chromium \
   g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix wine64 "$@"
