@@ -1,8 +1,8 @@
 # make demo: installs what the demo needs, builds the plug-in and pixturn only
 # (build/demo) and runs the gallery; make test: builds and runs every test
-# (default build, sanitized build, ThreadSanitizer build, the 32-bit x86, ARM
-# and arm64 builds under QEMU, the 64-bit Windows build under Wine, the 32-bit
-# Windows DLL's exports and imports, a minute of fuzzing);
+# (default build, sanitized build, ThreadSanitizer build, the 32-bit x86 build,
+# the ARM and arm64 builds under QEMU, the 64-bit Windows build under Wine, the
+# 32-bit Windows DLL's exports and imports, a minute of fuzzing);
 # make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make coverage: the lines of the plug-in the committed fuzz corpus reaches;

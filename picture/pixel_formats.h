@@ -11,8 +11,6 @@
 #include <type_traits>
 #include <utility>
 
-#include <emmintrin.h>
-
 enum PixelFormat : int32_t {
     PixelFormatNone = 0,
     PixelFormatHostBGRA = 8,   // B, G, R, X; alpha in the low 7 bits of X
@@ -94,10 +92,6 @@ template <typename Codec>
 inline uint8_t* PixelIn(uint8_t* row, int32_t x) {
     return row + static_cast<ptrdiff_t>(x) * Codec::kBytesPerPixel;
 }
-
-// Four 4-byte pixels in one SSE2 register, from and to any address.
-inline __m128i LoadFourPixels(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-inline void StoreFourPixels(uint8_t* p, __m128i pixels) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), pixels); }
 
 // Calls visitor.template operator()<SourceCodec, DestinationCodec>() for the two
 // editors' formats and returns true, or returns false for a format without a codec

@@ -59,20 +59,3 @@ BlendPlan PlanBlend(double weight) {
     plan.exact = true;
     return plan;
 }
-
-bool Supports(BlendWidth width) {
-    return width == BlendWidth::kSse2 || __builtin_cpu_supports("avx2");
-}
-
-// Decided when the library is loaded, on the loading thread, and only read
-// afterwards. A function-local static would do the same on first use, but its
-// guard brings the C++ runtime's exception machinery into the library, and with
-// it a need for a newer C library than the plug-in otherwise asks for.
-// __builtin_cpu_init makes the answer independent of the order in which the
-// library's initialisers run.
-static const BlendWidth gWidestBlend = [] {
-    __builtin_cpu_init();
-    return Supports(BlendWidth::kAvx2) ? BlendWidth::kAvx2 : BlendWidth::kSse2;
-}();
-
-BlendWidth WidestBlend() { return gWidestBlend; }

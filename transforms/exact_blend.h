@@ -30,22 +30,28 @@
 // For w < 2^-11 every E is below 1/8: the double truncates to 0 and
 // floor(d w32 / 2^32) is 0, so the line is exact. A weight of 1 or more (a tiny
 // negative skew rounding up) is left to the doubles.
-// (4) The lanes. BlendPixels takes d = |P - Q| per byte as the OR of the two
-// saturating differences, and floor(d w32 / 2^32) with w32 = h 2^16 + l as
-// floor((d h + floor(d l / 2^16)) / 2^16) = hi(d h) + carry(lo(d h) + hi(d l)),
-// hi and lo being the halves of 16 x 16-bit products; the sum is below 2^17, so
-// the carry is 0 or 1. The result is at most d, so P - f and P + f stay in 0..255
-// and byte arithmetic is exact. The AVX2 form is the same arithmetic, twice as
-// wide.
+// (4) The lanes. Each path (transforms/paths/) takes d = |P - Q| per byte and
+// computes floor(d w32 / 2^32), exact integers throughout:
+// - portable: d w32 in a 64-bit integer, shifted right by 32;
+// - SSE2 (and AVX2, the same operations twice as wide): d as the OR of the two
+//   saturating byte differences, and with w32 = h 2^16 + l,
+//   floor((d h + floor(d l / 2^16)) / 2^16) = hi(d h) + carry(lo(d h) + hi(d l)),
+//   hi and lo being the halves of 16 x 16-bit products; the sum is below 2^17,
+//   so the carry is 0 or 1;
+// - NEON: d the same way, and floor((d h + floor(d l / 2^16)) / 2^16) directly,
+//   with the 16 x 16-bit products widened to 32-bit lanes, where the sum stays
+//   below 2^25 and nothing wraps.
+// The three are one value: d w32 / 2^32 = (d h + d l / 2^16) / 2^16, and
+// floor(a / 2^16) = floor(floor(a) / 2^16) for every real a >= 0, where
+// floor(d h + d l / 2^16) = d h + floor(d l / 2^16). The result is at most d, so P - f and P + f stay in 0..255 and
+// byte arithmetic is exact; where P = Q, d and f are 0 and either sign gives P.
 //
 // tests/unit/fast_loops_test.cpp runs all 65536 (P, Q) pairs through the row
-// shear in every vector width the processor has, for thousands of weights,
-// adversarial ones included, against the doubles.
+// shear in every path the processor runs, for thousands of weights, adversarial
+// ones included, against the doubles.
 #pragma once
 
 #include <cstdint>
-
-#include <immintrin.h>
 
 struct BlendPlan {
     bool exact = false;  // every d of this line blends in integers as in doubles
@@ -54,72 +60,3 @@ struct BlendPlan {
 };
 
 BlendPlan PlanBlend(double weight);
-
-// The 16-bit lanes of one blend: high and low halves of w32 for the four
-// pixels of the first (lanes 0..7) and second (8..15) half of a vector.
-struct BlendLanes {
-    __m128i high[2], low[2];
-};
-
-inline BlendLanes LanesOf(const BlendPlan& first, const BlendPlan& second, const BlendPlan& third,
-                          const BlendPlan& fourth) {
-    auto pair = [](uint16_t a, uint16_t b) {
-        return _mm_setr_epi16(int16_t(a), int16_t(a), int16_t(a), int16_t(a), int16_t(b), int16_t(b), int16_t(b),
-                              int16_t(b));
-    };
-    return {{pair(first.high, second.high), pair(third.high, fourth.high)},
-            {pair(first.low, second.low), pair(third.low, fourth.low)}};
-}
-
-inline BlendLanes LanesOf(const BlendPlan& plan) { return LanesOf(plan, plan, plan, plan); }
-
-// The widest vectors the blend runs in: SSE2 always (the build assumes no more),
-// AVX2 where the processor has it, asked once per process.
-enum class BlendWidth { kSse2, kAvx2 };
-BlendWidth WidestBlend();
-bool Supports(BlendWidth width);
-
-// floor(d w32 / 2^32) for eight 16-bit distances d <= 255.
-inline __m128i FloorOfWeighted(__m128i distance, __m128i high, __m128i low) {
-    const __m128i bias = _mm_set1_epi16(int16_t(0x8000));
-    const __m128i lowHalf = _mm_mullo_epi16(distance, high);
-    const __m128i sum = _mm_add_epi16(lowHalf, _mm_mulhi_epu16(distance, low));
-    // -1 where the sum wrapped, i.e. is below lowHalf as unsigned numbers.
-    const __m128i carry = _mm_cmpgt_epi16(_mm_xor_si128(lowHalf, bias), _mm_xor_si128(sum, bias));
-    return _mm_sub_epi16(_mm_mulhi_epu16(distance, high), carry);
-}
-
-// Sixteen channels p blended after the sixteen channels q, byte by byte.
-inline __m128i BlendPixels(__m128i p, __m128i q, const BlendLanes& lanes) {
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i above = _mm_subs_epu8(p, q);
-    const __m128i distance = _mm_or_si128(above, _mm_subs_epu8(q, p));
-    const __m128i floors =
-        _mm_packus_epi16(FloorOfWeighted(_mm_unpacklo_epi8(distance, zero), lanes.high[0], lanes.low[0]),
-                         FloorOfWeighted(_mm_unpackhi_epi8(distance, zero), lanes.high[1], lanes.low[1]));
-    // p - f where p >= q; where p < q, f negated first: p + f.
-    const __m128i notAbove = _mm_cmpeq_epi8(above, zero);
-    return _mm_sub_epi8(p, _mm_sub_epi8(_mm_xor_si128(floors, notAbove), notAbove));
-}
-
-// The same blend for thirty-two channels of one weight, in AVX2 registers.
-__attribute__((target("avx2"))) inline __m256i FloorOfWeighted(__m256i distance, __m256i high, __m256i low) {
-    const __m256i bias = _mm256_set1_epi16(int16_t(0x8000));
-    const __m256i lowHalf = _mm256_mullo_epi16(distance, high);
-    const __m256i sum = _mm256_add_epi16(lowHalf, _mm256_mulhi_epu16(distance, low));
-    const __m256i carry = _mm256_cmpgt_epi16(_mm256_xor_si256(lowHalf, bias), _mm256_xor_si256(sum, bias));
-    return _mm256_sub_epi16(_mm256_mulhi_epu16(distance, high), carry);
-}
-
-__attribute__((target("avx2"))) inline __m256i BlendPixels(__m256i p, __m256i q, const BlendPlan& plan) {
-    const __m256i high = _mm256_set1_epi16(int16_t(plan.high)), low = _mm256_set1_epi16(int16_t(plan.low));
-    const __m256i zero = _mm256_setzero_si256();
-    const __m256i above = _mm256_subs_epu8(p, q);
-    const __m256i distance = _mm256_or_si256(above, _mm256_subs_epu8(q, p));
-    // Unpacking and packing work within each 128-bit half, so pack restores
-    // the order unpack took apart.
-    const __m256i floors = _mm256_packus_epi16(FloorOfWeighted(_mm256_unpacklo_epi8(distance, zero), high, low),
-                                               FloorOfWeighted(_mm256_unpackhi_epi8(distance, zero), high, low));
-    const __m256i notAbove = _mm256_cmpeq_epi8(above, zero);
-    return _mm256_sub_epi8(p, _mm256_sub_epi8(_mm256_xor_si256(floors, notAbove), notAbove));
-}

@@ -10,7 +10,8 @@
 // says, so rows are never found by stride). Between pictures of one format of
 // 4-byte pixels, pixels move four at a time as words masked with the bits a
 // copy keeps: reversed within a register for the mirrors, and for the quarter
-// turns as 4 x 4 blocks transposed in registers.
+// turns as 4 x 4 blocks transposed in registers, in the processor's fastest
+// path (processor_paths.h) unless told another.
 #pragma once
 
 #include <algorithm>
@@ -18,10 +19,9 @@
 #include <cstdint>
 #include <type_traits>
 
-#include <emmintrin.h>
-
 #include "picture/picture_editor.h"
 #include "picture/pixel_formats.h"
+#include "transforms/processor_paths.h"
 
 // Where source pixel (x, y) of a w x h picture goes.
 enum class PixelMapping {
@@ -60,10 +60,8 @@ namespace pixel_moves {
 template <typename Source, typename Destination>
 constexpr bool kMovesWords = std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4;
 
-constexpr int kReversed = _MM_SHUFFLE(0, 1, 2, 3);
-
 // Mirrors: every source row lands whole in one destination row.
-template <typename Source, typename Destination>
+template <typename Path, typename Source, typename Destination>
 void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bool reverseColumns) {
     const int32_t w = reader.width;
     const int32_t h = reader.height;
@@ -72,11 +70,10 @@ void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bo
         uint8_t* to = writer.RowAddress(reverseRows ? h - 1 - y : y);
         int32_t x = 0;
         if constexpr (kMovesWords<Source, Destination>) {
-            const __m128i kept = _mm_set1_epi32(static_cast<int32_t>(Source::kBitsKept));
             for (; x + 4 <= w; x += 4) {
-                __m128i four = _mm_and_si128(LoadFourPixels(PixelIn<Source>(from, x)), kept);
-                if (reverseColumns) four = _mm_shuffle_epi32(four, kReversed);
-                StoreFourPixels(PixelIn<Destination>(to, reverseColumns ? w - 4 - x : x), four);
+                typename Path::Vector four = Path::Keep(Path::Load(PixelIn<Source>(from, x)), Source::kBitsKept);
+                if (reverseColumns) four = Path::Reversed(four);
+                Path::Store(PixelIn<Destination>(to, reverseColumns ? w - 4 - x : x), four);
             }
         }
         for (; x < w; ++x)
@@ -88,19 +85,13 @@ void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bo
 // Source pixels (x .. x + 3, y .. y + 3) of one format of 4-byte pixels, turned:
 // source column x + i lands in the destination row `to[i]` at pixel `at`, read
 // from the top down for the clockwise turn and from the bottom up otherwise.
-template <typename Codec>
+template <typename Path, typename Codec>
 void TurnBlock(uint8_t* const* strip, int32_t k, int32_t x, uint8_t* const* to, int32_t at, bool clockwise) {
-    const __m128i kept = _mm_set1_epi32(static_cast<int32_t>(Codec::kBitsKept));
-    const __m128i r0 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k], x)), kept);
-    const __m128i r1 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k + 1], x)), kept);
-    const __m128i r2 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k + 2], x)), kept);
-    const __m128i r3 = _mm_and_si128(LoadFourPixels(PixelIn<Codec>(strip[k + 3], x)), kept);
-    const __m128i low01 = _mm_unpacklo_epi32(r0, r1), low23 = _mm_unpacklo_epi32(r2, r3);
-    const __m128i high01 = _mm_unpackhi_epi32(r0, r1), high23 = _mm_unpackhi_epi32(r2, r3);
-    const __m128i columns[4] = {_mm_unpacklo_epi64(low01, low23), _mm_unpackhi_epi64(low01, low23),
-                                _mm_unpacklo_epi64(high01, high23), _mm_unpackhi_epi64(high01, high23)};
+    typename Path::Vector rows[4], columns[4];
+    for (int i = 0; i < 4; ++i) rows[i] = Path::Keep(Path::Load(PixelIn<Codec>(strip[k + i], x)), Codec::kBitsKept);
+    Path::Transpose(rows, columns);
     for (int i = 0; i < 4; ++i)
-        StoreFourPixels(PixelIn<Codec>(to[i], at), clockwise ? _mm_shuffle_epi32(columns[i], kReversed) : columns[i]);
+        Path::Store(PixelIn<Codec>(to[i], at), clockwise ? Path::Reversed(columns[i]) : columns[i]);
 }
 
 // Quarter turns: a source row becomes a destination column. The pictures are
@@ -109,7 +100,7 @@ void TurnBlock(uint8_t* const* strip, int32_t k, int32_t x, uint8_t* const* to, 
 // where whole strips would touch a new page for every destination row.
 constexpr int32_t kTile = 64;
 
-template <typename Source, typename Destination>
+template <typename Path, typename Source, typename Destination>
 void MoveQuarterTurn(PictureReader& reader, PictureWriter& writer, bool clockwise) {
     const int32_t w = reader.width;
     const int32_t h = reader.height;
@@ -126,7 +117,7 @@ void MoveQuarterTurn(PictureReader& reader, PictureWriter& writer, bool clockwis
                     uint8_t* to[4];
                     for (int i = 0; i < 4; ++i) to[i] = writer.RowAddress(clockwise ? x + i : w - 1 - x - i);
                     for (int32_t k = 0; k < blockRows; k += 4)
-                        TurnBlock<Source>(strip, k, x, to, clockwise ? h - 4 - top - k : top + k, clockwise);
+                        TurnBlock<Path, Source>(strip, k, x, to, clockwise ? h - 4 - top - k : top + k, clockwise);
                     for (int i = 0; i < 4; ++i)
                         for (int32_t k = blockRows; k < rows; ++k) {
                             const int32_t y = top + k;
@@ -149,19 +140,29 @@ void MoveQuarterTurn(PictureReader& reader, PictureWriter& writer, bool clockwis
 
 }  // namespace pixel_moves
 
-inline void MovePixels(PictureReader& reader, PictureWriter& writer, PixelMapping mapping) {
-    const bool specialised = DispatchFormatPair(
-        reader.pixelFormat, writer.pixelFormat, [&]<typename Source, typename Destination>() {
-            using namespace pixel_moves;
-            switch (mapping) {
-                case PixelMapping::HalfTurn: MoveRows<Source, Destination>(reader, writer, true, true); break;
-                case PixelMapping::LeftRight: MoveRows<Source, Destination>(reader, writer, false, true); break;
-                case PixelMapping::TopBottom: MoveRows<Source, Destination>(reader, writer, true, false); break;
-                case PixelMapping::QuarterAnticlockwise:
-                    MoveQuarterTurn<Source, Destination>(reader, writer, false);
-                    break;
-                case PixelMapping::QuarterClockwise: MoveQuarterTurn<Source, Destination>(reader, writer, true); break;
-            }
-        });
+inline void MovePixels(PictureReader& reader, PictureWriter& writer, PixelMapping mapping,
+                       ProcessorPath path = FastestPath()) {
+    bool specialised = false;
+    WithPath(path, [&]<typename Path>() {
+        specialised = DispatchFormatPair(
+            reader.pixelFormat, writer.pixelFormat, [&]<typename Source, typename Destination>() {
+                using namespace pixel_moves;
+                switch (mapping) {
+                    case PixelMapping::HalfTurn: MoveRows<Path, Source, Destination>(reader, writer, true, true); break;
+                    case PixelMapping::LeftRight:
+                        MoveRows<Path, Source, Destination>(reader, writer, false, true);
+                        break;
+                    case PixelMapping::TopBottom:
+                        MoveRows<Path, Source, Destination>(reader, writer, true, false);
+                        break;
+                    case PixelMapping::QuarterAnticlockwise:
+                        MoveQuarterTurn<Path, Source, Destination>(reader, writer, false);
+                        break;
+                    case PixelMapping::QuarterClockwise:
+                        MoveQuarterTurn<Path, Source, Destination>(reader, writer, true);
+                        break;
+                }
+            });
+    });
     if (!specialised) MovePixelsOneByOne(reader, writer, mapping);
 }

@@ -23,7 +23,7 @@
 
 namespace {
 
-// Under a sanitizer or the 32-bit emulator every weight costs tens of times more;
+// Under a sanitizer or an emulator every weight costs tens of times more;
 // the adversarial weights stay, the random and rotation ones thin out.
 #if defined(__SANITIZE_ADDRESS__) || !defined(__x86_64__)
 constexpr int kThinning = 16;
@@ -70,7 +70,7 @@ std::vector<double> BlendWeights() {
     return weights;
 }
 
-// One row through the integer row shear in every width this processor runs: its
+// One row through the integer row shear in every path this processor runs: its
 // pixels step through every (Q, P) pair in turn, all four channels alike.
 TEST(ExactBlendTest, EveryPairBlendsAsTheDoublesOnLinesPlannedExact) {
     std::vector<uint8_t> values;
@@ -91,20 +91,19 @@ TEST(ExactBlendTest, EveryPairBlendsAsTheDoublesOnLinesPlannedExact) {
             const int p = values[d], q = values[d - 1];
             std::fill_n(&definition[4 * d], 4, static_cast<uint8_t>(p - static_cast<int>(p * w - q * w)));
         }
-        for (const BlendWidth width : SupportedBlendWidths()) {
+        for (const ProcessorPath path : SupportedPaths()) {
             // Every byte starts unlike its expected value, so a pixel left unwritten shows.
             std::transform(definition.begin(), definition.end(), blended.begin(), [](uint8_t v) { return static_cast<uint8_t>(~v); });
-            const skew_loops::IntegerRow<PixelCodec<PixelFormatARGB32>> line(row.data(), length, blended.data(),
-                                                                             SkewStep{0, w}, plan, Pixel{});
-            if (width == BlendWidth::kAvx2)
-                skew_loops::ShearRowInIntegersWide(line, length);
-            else
-                skew_loops::ShearRowInIntegers(line, length);
+            WithPath(path, [&]<typename Path>() {
+                skew_loops::ShearRowInIntegers(skew_loops::IntegerRow<Path, PixelCodec<PixelFormatARGB32>>(
+                                                   row.data(), length, blended.data(), SkewStep{0, w}, plan, Pixel{}),
+                                               length);
+            });
             const auto differs = std::mismatch(blended.begin() + 4, blended.end(), definition.begin() + 4);
             if (differs.first != blended.end()) {
                 const size_t d = static_cast<size_t>(differs.first - blended.begin()) / 4;
-                FAIL() << "P " << int(values[d]) << ", Q " << int(values[d - 1]) << ", w " << w << ", width "
-                       << static_cast<int>(width) << ": " << int(*differs.first) << " for " << int(*differs.second);
+                FAIL() << "P " << int(values[d]) << ", Q " << int(values[d - 1]) << ", w " << w << InPath(path)
+                       << ": " << int(*differs.first) << " for " << int(*differs.second);
             }
         }
     }

@@ -12,8 +12,8 @@
 
 #include "picture/picture_editor.h"
 #include "picture/pixel_formats.h"
-#include "transforms/exact_blend.h"
 #include "transforms/pixel_moves.h"
+#include "transforms/processor_paths.h"
 #include "transforms/skew_loops.h"
 #include "transforms/skews.h"
 
@@ -42,30 +42,39 @@ struct MemoryPicture {
 
 inline constexpr int32_t kPixelFormats[] = {PixelFormatARGB32, PixelFormatRGB24, PixelFormatHostBGRA};
 
-// Every width of the integer row blend this processor runs.
-inline std::vector<BlendWidth> SupportedBlendWidths() {
-    std::vector<BlendWidth> widths{BlendWidth::kSse2};
-    if (Supports(BlendWidth::kAvx2)) widths.push_back(BlendWidth::kAvx2);
-    return widths;
+// Every path of the fast loops this processor runs, the portable one included.
+inline std::vector<ProcessorPath> SupportedPaths() {
+    std::vector<ProcessorPath> paths;
+    for (const ProcessorPath path :
+         {ProcessorPath::kPortable, ProcessorPath::kSse2, ProcessorPath::kAvx2, ProcessorPath::kNeon})
+        if (Supports(path)) paths.push_back(path);
+    return paths;
 }
 
-// MovePixels against MovePixelsOneByOne, into pictures of the same random bytes.
+inline std::string InPath(ProcessorPath path) { return " (path " + std::to_string(static_cast<int>(path)) + ")"; }
+
+// MovePixels in every path this processor runs against MovePixelsOneByOne, into
+// pictures of the same random bytes.
 inline std::string CompareMoves(PictureReader& source, int32_t destinationFormat, PixelMapping mapping,
                                 std::mt19937& random) {
     const bool exchanged = mapping == PixelMapping::QuarterAnticlockwise || mapping == PixelMapping::QuarterClockwise;
     const int32_t width = exchanged ? source.height : source.width;
     const int32_t height = exchanged ? source.width : source.height;
-    std::mt19937 same = random;
-    MemoryPicture<PictureWriter> fast(destinationFormat, width, height, random);
-    MemoryPicture<PictureWriter> plain(destinationFormat, width, height, same);
-    MovePixels(source, fast.editor, mapping);
+    const std::mt19937 start = random;
+    MemoryPicture<PictureWriter> plain(destinationFormat, width, height, random);
     MovePixelsOneByOne(source, plain.editor, mapping);
-    return fast.bytes == plain.bytes ? "" : "MovePixels differs from MovePixelsOneByOne";
+    for (const ProcessorPath path : SupportedPaths()) {
+        std::mt19937 same = start;
+        MemoryPicture<PictureWriter> fast(destinationFormat, width, height, same);
+        MovePixels(source, fast.editor, mapping, path);
+        if (fast.bytes != plain.bytes) return "MovePixels differs from MovePixelsOneByOne" + InPath(path);
+    }
+    return {};
 }
 
 // The rows (or columns) of source sheared, line i by skews[i], into a picture
 // `extra` pixels longer along the line, of the same random bytes each time:
-// ShearRows in every blend width this processor has, or ShearColumns, against
+// ShearRows or ShearColumns in every path this processor runs, against
 // HorizSkew or VertSkew line by line.
 inline std::string CompareShears(PictureReader& source, int32_t destinationFormat, bool columns, int32_t extra,
                                  const std::vector<double>& skews, const Pixel& background, std::mt19937& random) {
@@ -78,21 +87,20 @@ inline std::string CompareShears(PictureReader& source, int32_t destinationForma
         (columns ? VertSkew : HorizSkew)(source, plain.editor, line, split.offset, split.weight, background.r,
                                          background.g, background.b, background.a);
     }
-    // Columns blend in SSE2 only.
-    for (const BlendWidth blend : columns ? std::vector{BlendWidth::kSse2} : SupportedBlendWidths()) {
+    for (const ProcessorPath path : SupportedPaths()) {
         std::mt19937 same = start;
         MemoryPicture<PictureWriter> fast(destinationFormat, width, height, same);
         size_t next = 0;
         auto nextSkew = [&] { return skews.at(next++); };
         if (columns)
-            ShearColumns(source, fast.editor, lines, background, nextSkew);
+            ShearColumns(source, fast.editor, lines, background, nextSkew, path);
         else
-            ShearRows(source, fast.editor, lines, background, nextSkew, blend);
+            ShearRows(source, fast.editor, lines, background, nextSkew, path);
         if (next != static_cast<size_t>(lines)) return "not one skew per line";
         if (fast.bytes != plain.bytes)
             return std::string(columns ? "ShearColumns differs from VertSkew"
                                        : "ShearRows differs from HorizSkew") +
-                   (blend == BlendWidth::kAvx2 ? " (AVX2)" : "");
+                   InPath(path);
     }
     return {};
 }

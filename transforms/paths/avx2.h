@@ -1,0 +1,77 @@
+// AVX2 for the rows of the shears, where the processor has it: the SSE2 path's
+// primitives, and an exact row's integer blend eight pixels at a time, the same
+// arithmetic as SSE2's twice as wide (exact_blend.h has the proof). Every
+// function that touches a 256-bit register carries AVX2 as its own target; the
+// path is taken only where the processor says it has AVX2.
+#pragma once
+
+#include <cstdint>
+
+#include <immintrin.h>
+
+#include "transforms/paths/sse2.h"
+
+struct Avx2Path : Sse2Path {
+    using Sse2Path::FloorOfWeighted;
+    using Sse2Path::Blend;
+
+    __attribute__((target("avx2"))) static __m256i FloorOfWeighted(__m256i distance, __m256i high, __m256i low) {
+        const __m256i bias = _mm256_set1_epi16(int16_t(0x8000));
+        const __m256i lowHalf = _mm256_mullo_epi16(distance, high);
+        const __m256i sum = _mm256_add_epi16(lowHalf, _mm256_mulhi_epu16(distance, low));
+        const __m256i carry = _mm256_cmpgt_epi16(_mm256_xor_si256(lowHalf, bias), _mm256_xor_si256(sum, bias));
+        return _mm256_sub_epi16(_mm256_mulhi_epu16(distance, high), carry);
+    }
+
+    // Thirty-two channels of one weight.
+    __attribute__((target("avx2"))) static __m256i Blend(__m256i p, __m256i q, __m256i high, __m256i low) {
+        const __m256i zero = _mm256_setzero_si256();
+        const __m256i above = _mm256_subs_epu8(p, q);
+        const __m256i distance = _mm256_or_si256(above, _mm256_subs_epu8(q, p));
+        // Unpacking and packing work within each 128-bit half, so pack restores
+        // the order unpack took apart.
+        const __m256i floors = _mm256_packus_epi16(FloorOfWeighted(_mm256_unpacklo_epi8(distance, zero), high, low),
+                                                   FloorOfWeighted(_mm256_unpackhi_epi8(distance, zero), high, low));
+        const __m256i notAbove = _mm256_cmpeq_epi8(above, zero);
+        return _mm256_sub_epi8(p, _mm256_sub_epi8(_mm256_xor_si256(floors, notAbove), notAbove));
+    }
+
+    __attribute__((target("avx2"))) static __m256i WidenHostAlpha8(__m256i stored) {
+        const __m256i alpha = _mm256_and_si256(stored, _mm256_set1_epi32(0x7F000000));
+        const __m256i widened =
+            _mm256_or_si256(_mm256_add_epi8(alpha, alpha), _mm256_and_si256(alpha, _mm256_set1_epi32(0x01000000)));
+        return _mm256_or_si256(_mm256_and_si256(stored, _mm256_set1_epi32(0x00FFFFFF)), widened);
+    }
+    __attribute__((target("avx2"))) static __m256i NarrowHostAlpha8(__m256i channels) {
+        const __m256i halved = _mm256_and_si256(_mm256_srli_epi32(channels, 1), _mm256_set1_epi32(0x7F000000));
+        return _mm256_or_si256(_mm256_and_si256(channels, _mm256_set1_epi32(0x00FFFFFF)), halved);
+    }
+
+    // The destination pixels of an exact row (skew_loops::IntegerRow) eight at a
+    // time where all eight have their source pixel and the one before it, four
+    // at a time elsewhere; returns the first pixel past the last eight.
+    template <typename Row>
+    __attribute__((target("avx2"))) static int32_t BlendRowByEights(const Row& row, int32_t toWidth) {
+        const __m256i high = _mm256_set1_epi16(int16_t(row.Plan().high));
+        const __m256i low = _mm256_set1_epi16(int16_t(row.Plan().low));
+        int32_t d = 0;
+        for (; d + 8 <= toWidth; d += 8) {
+            const int32_t j = row.SourceIndex(d);
+            if (j < 1 || j + 8 > row.SourceWidth()) {
+                row.Four(d);
+                row.Four(d + 4);
+                continue;
+            }
+            __m256i p = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row.SourcePixel(j)));
+            __m256i q = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row.SourcePixel(j - 1)));
+            if constexpr (Row::kHostAlpha) {
+                p = WidenHostAlpha8(p);
+                q = WidenHostAlpha8(q);
+            }
+            __m256i blended = Blend(p, q, high, low);
+            if constexpr (Row::kHostAlpha) blended = NarrowHostAlpha8(blended);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.DestinationPixel(d)), blended);
+        }
+        return d;
+    }
+};
