@@ -22,8 +22,8 @@
 //     console), so it is one word holding the decision, moved from undecided to a
 //     kind by one compare-and-exchange: the first decision stands, and no reader
 //     can see a state that no single thread would have written.
-//   - Values the library decides as it is loaded (the widest blend,
-//     transforms/exact_blend.cpp) are start-up values too.
+//   - Values the library decides as it is loaded (the fast loops' processor
+//     path, transforms/processor_paths.cpp) are start-up values too.
 //
 // Test and fuzz builds link a reset (plugin/reset/) that returns all of them, and
 // the definition records start-up edits (plugin/definitions.h), to their state at
