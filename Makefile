@@ -7,12 +7,14 @@
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make coverage: the lines of the plug-in the committed fuzz corpus reaches;
 # make mutants: whether the tests catch each deliberate fault of scripts/mutants/;
-# make bench-cli: every pixturn command against ImageMagick's convert on files.
+# make bench-cli: every pixturn command against ImageMagick's convert on files;
+# make package: the Xojo plug-in file build/package/PixTurn.xojo_plugin, every
+# target of the README's table with the help; make test ends by checking it.
 JOBS ?= $(shell nproc)
 FUZZ_RUNS ?= 10000000
 FUZZ_SECONDS ?= 0
 
-.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64 test-win32 fuzz fuzz-long coverage mutants clean bench bench-cli
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64 test-win32 test-package package fuzz fuzz-long coverage mutants clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -31,7 +33,7 @@ build-demo: deps-demo
 demo: build-demo
 	./build/demo/tools/pixturn demo demo-output
 
-test: test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64 test-win32 fuzz
+test: test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64 test-win32 fuzz test-package
 
 test-default: build
 	ctest --preset default
@@ -75,6 +77,14 @@ test-win32: deps
 
 fuzz: deps
 	JOBS=$(JOBS) bash scripts/fuzz.sh 60
+
+# Last in test: the targets' build folders are there by then, so each needs
+# only its library linked.
+test-package: package
+	bash scripts/check-package.sh
+
+package: deps
+	JOBS=$(JOBS) bash scripts/package.sh
 
 fuzz-long: deps
 	JOBS=$(JOBS) bash scripts/fuzz.sh $(FUZZ_SECONDS) $(FUZZ_RUNS)

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# make package: the Xojo plug-in file build/package/PixTurn.xojo_plugin, a zip
+# archive of
+#   PixTurn/Build Resources/<target>/libPixTurn.so   one per target of the README's table
+#   PixTurn/IDE Resources/Help/index.html            the method reference, with its pictures beside it
+# Each target's library is built with its preset (only the PixTurn target, in the
+# build folder make test uses) and stripped with that toolchain's strip. The help
+# takes its text from the README and its pictures from `pixturn demo` on the
+# test card, run by the default build's pixturn.
+# Usage: JOBS=N scripts/package.sh
+set -euo pipefail
+cd "$(dirname "$0")/.."
+jobs=${JOBS:-2}
+out=build/package
+tree=$out/tree
+rm -rf "$tree" "$out/gallery"
+mkdir -p "$tree/PixTurn/IDE Resources/Help"
+
+build() {
+  cmake --preset "$1" > "$out/configure-$1.log"
+  cmake --build --preset "$1" --target "${@:2}" -j "$jobs" > "$out/build-$1.log"
+}
+
+while IFS=$'\t' read -r target preset machine; do
+  echo "package: $target ($machine) from build/$preset"
+  build "$preset" PixTurn
+  strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$preset/CMakeCache.txt")
+  mkdir -p "$tree/PixTurn/Build Resources/$target"
+  "$strip" --strip-unneeded -o "$tree/PixTurn/Build Resources/$target/libPixTurn.so" "build/$preset/libPixTurn.so"
+done < <(bash scripts/package-targets.sh)
+
+echo "package: the help, with pixturn demo's pictures"
+build default pixturn PixTurn
+build/default/tools/pixturn demo "$out/gallery" --png-level 9 > "$out/demo.log"
+help="$tree/PixTurn/IDE Resources/Help"
+version=$(sed -n 's/^project(PixTurn VERSION \([^ ]*\) .*/\1/p' CMakeLists.txt)
+awk -v version="$version" -f scripts/help-page.awk README.md "$out/gallery/index.html" > "$help/index.html"
+grep -o 'src="[^"]*"' "$help/index.html" | sed 's/^src="//; s/"$//' | sort -u |
+  while read -r picture; do cp "$out/gallery/$picture" "$help/"; done
+
+(cd "$tree" && cmake -E tar cf ../PixTurn.xojo_plugin.tmp --format=zip PixTurn)
+mv "$out/PixTurn.xojo_plugin.tmp" "$out/PixTurn.xojo_plugin"
+echo "package: $out/PixTurn.xojo_plugin"
