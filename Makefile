@@ -78,8 +78,8 @@ test-win32: deps
 fuzz: deps
 	JOBS=$(JOBS) bash scripts/fuzz.sh 60
 
-# Last in test: the targets' build folders are there by then, so each needs
-# only its library linked.
+# Last in test: by then the targets' test steps have built their libraries in
+# the folders make package takes them from.
 test-package: package
 	bash scripts/check-package.sh
 

@@ -14,9 +14,11 @@ fi
 # arm64, QEMU's user-mode emulators and googletest (sources) for those builds;
 # clang and its runtime libraries for the libFuzzer target,
 # llvm-14's llvm-cov and llvm-profdata for the coverage report, chromium for the
-# test that opens the demo's gallery, the mingw-w64 compilers (POSIX threads)
-# for the two Windows DLLs and wine64 for the 64-bit Windows tests.
+# tests that open the demo's gallery and the plug-in file's help, the mingw-w64
+# compilers (POSIX threads) for the two Windows DLLs, wine64 for the 64-bit
+# Windows tests, mawk for the help's generator (a required package, named so
+# that it is never assumed).
 exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu googletest qemu-user \
   clang libclang-rt-14-dev llvm-14 chromium \
-  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix wine64 "$@"
+  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix wine64 mawk "$@"
