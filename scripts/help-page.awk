@@ -160,17 +160,26 @@ END {
         for (i = 1; i <= codeLines; i++) {
             if (callee(code[i], "p.") == name[r]) calls = calls (calls == "" ? "" : "\n") escaped(code[i])
         }
+        if (calls == "") lacking = lacking "\n" bare ": no call in the README's Xojo code block"
         print "<tr><th>Xojo</th><td><pre>" calls "</pre></td></tr>\n</table>"
         printf "%s", note[bare]
         print "<div class=\"pictures\">"
+        shown = 0
         for (c = 2; c <= cards; c++) {
             if (callee(card[c], "p.") != name[r]) continue
+            ++shown
             said = " returned " returned[c]
             # A number is shown beside the picture it was asked of.
             if (pictures[c]) printf "%s", figures(c, card[c], said ": ")
             else printf "%s", figure(pictureFile[1, 1], card[c], said " for p: " pictureCaption[1, 1])
         }
+        if (!shown) lacking = lacking "\n" bare ": no call in the gallery"
         print "</div>\n</section>"
     }
     print "</body>\n</html>"
+    # A page with a method short of its facts is not written off as done.
+    if (lacking != "") {
+        printf "help-page.awk:%s\n", lacking > "/dev/stderr"
+        exit 1
+    }
 }
