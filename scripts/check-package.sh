@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # The check of the Xojo plug-in file that make test ends with: unpacks it and
 # checks its tree (exactly the README table's targets, one library each, a help
-# folder without sub-folders), each library with scripts/check-library.sh for
-# its target's machine, and the help in headless Chromium (every picture loads,
-# every link resolves). Ends with one line, "package check: PASS ..." or
-# "package check: FAIL ...", and exits 0 or 1 with it.
+# folder without sub-folders), each library for its target's machine with
+# scripts/check-library.sh (scripts/check-dll.sh for a DLL), and the help in
+# headless Chromium (every picture loads, every link resolves). Ends with one
+# line, "package check: PASS ..." or "package check: FAIL ...", and exits 0 or
+# 1 with it.
 # Usage: scripts/check-package.sh [FILE]   (build/package/PixTurn.xojo_plugin)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,12 +24,13 @@ listing() { (cd "$1" && find . -mindepth 1 -maxdepth 1 -printf '%y %f\n' | sort)
 resources="$unpacked/PixTurn/Build Resources"
 expected=""
 targets=0
-while IFS=$'\t' read -r target preset machine; do
+while IFS=$'\t' read -r target preset library machine; do
   expected+="d $target"$'\n'
   targets=$((targets + 1))
-  library="$resources/$target/libPixTurn.so"
-  [ "$(listing "$resources/$target")" = "f libPixTurn.so" ] || fail "$target: not exactly libPixTurn.so"
-  bash scripts/check-library.sh "$library" "$machine" || fail "$target: scripts/check-library.sh $machine"
+  [ "$(listing "$resources/$target")" = "f $library" ] || fail "$target: not exactly $library"
+  check=scripts/check-library.sh
+  [[ "$library" != *.dll ]] || check=scripts/check-dll.sh
+  bash "$check" "$resources/$target/$library" "$machine" || fail "$target: $check $machine"
 done < <(bash scripts/package-targets.sh)
 [ "$(listing "$resources")" = "$(printf '%s' "$expected" | sort)" ] || fail "Build Resources/ is not the README's targets"
 

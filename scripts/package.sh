@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # make package: the Xojo plug-in file build/package/PixTurn.xojo_plugin, a zip
 # archive of
-#   PixTurn/Build Resources/<target>/libPixTurn.so   one per target of the README's table
+#   PixTurn/Build Resources/<target>/<library>       one per target of the README's table
 #   PixTurn/IDE Resources/Help/index.html            the method reference, with its pictures beside it
 # Each target's library is built with its preset (only the PixTurn target, in the
 # build folder make test uses) and stripped with that toolchain's strip. The help
@@ -21,12 +21,12 @@ build() {
   cmake --build --preset "$1" --target "${@:2}" -j "$jobs" > "$out/build-$1.log"
 }
 
-while IFS=$'\t' read -r target preset machine; do
+while IFS=$'\t' read -r target preset library machine; do
   echo "package: $target ($machine) from build/$preset"
   build "$preset" PixTurn
   strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$preset/CMakeCache.txt")
   mkdir -p "$tree/PixTurn/Build Resources/$target"
-  "$strip" --strip-unneeded -o "$tree/PixTurn/Build Resources/$target/libPixTurn.so" "build/$preset/libPixTurn.so"
+  "$strip" --strip-unneeded -o "$tree/PixTurn/Build Resources/$target/$library" "build/$preset/$library"
 done < <(bash scripts/package-targets.sh)
 
 echo "package: the help, with pixturn demo's pictures"
