@@ -38,35 +38,12 @@ test: test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-win64
 test-default: build
 	ctest --preset default
 
-test-asan: deps
-	cmake --preset asan
-	cmake --build --preset asan -j $(JOBS)
-	ctest --preset asan
-
-test-tsan: deps
-	cmake --preset tsan
-	cmake --build --preset tsan -j $(JOBS)
-	ctest --preset tsan
-
-test-m32: deps
-	cmake --preset m32
-	cmake --build --preset m32 -j $(JOBS)
-	ctest --preset m32
-
-test-armhf: deps
-	cmake --preset armhf
-	cmake --build --preset armhf -j $(JOBS)
-	ctest --preset armhf
-
-test-arm64: deps
-	cmake --preset arm64
-	cmake --build --preset arm64 -j $(JOBS)
-	ctest --preset arm64
-
-test-win64: deps
-	cmake --preset win64
-	cmake --build --preset win64 -j $(JOBS)
-	ctest --preset win64
+# Each preset's own build directory: configured, built and its tests run.
+PRESET_TESTS := asan tsan m32 armhf arm64 win64
+$(addprefix test-,$(PRESET_TESTS)): test-%: deps
+	cmake --preset $*
+	cmake --build --preset $* -j $(JOBS)
+	ctest --preset $*
 
 # Debian 12's 32-bit Wine (the i386 package wine32) is not installed
 # (docs/reliability.md says why): the DLL is checked, not run.
