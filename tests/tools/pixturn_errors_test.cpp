@@ -107,12 +107,15 @@ std::string HeaderOnlyPng(uint32_t width, uint32_t height) {
     return std::string("\x89PNG\r\n\x1A\n", 8) + Chunk("IHDR", header) + Chunk("IEND", "");
 }
 
+// The command copies the plug-in into a memory file, which the file-size limit
+// bounds too: the limit lies that far above the plug-in's size.
+uintmax_t PluginSize() { return std::filesystem::file_size(simhost::DefaultPluginPath()); }
+
 // The limit as the shell sets it, if any.
 std::string LimitCommand(const BadInput& input) {
     if (input.limit == 'f') {
         // The shell counts this limit in blocks of 512 bytes.
-        const auto library = std::filesystem::file_size(simhost::DefaultPluginPath());
-        return "ulimit -f " + std::to_string(static_cast<long>(library / 512) + input.limitValue * 2);
+        return "ulimit -f " + std::to_string(static_cast<long>(PluginSize() / 512) + input.limitValue * 2);
     }
     return input.limit == 'm' ? MemoryLimit(input.limitValue) : "";
 }
@@ -135,7 +138,8 @@ TEST_P(BadInputs, OneLineNoOutput) {
     WriteText(dir / "notes.txt", "not a picture\n");
     WriteText(dir / "claims.jpg", ClaimingJpeg(jpeg));
     WriteText(dir / "claims.png", HeaderOnlyPng(32767, 32767));
-    WriteRgbaPng(dir / "noise.png", RandomPixels(2048, 1024, 3));  // 8 MB of PNG, twice a sanitized library
+    // Pixels that do not compress, 256 KB more than the plug-in: past the limit of FileSizeLimit.
+    WriteRgbaPng(dir / "noise.png", RandomPixels(1024, static_cast<int32_t>(PluginSize() / 4096) + 64, 3));
     std::filesystem::create_directory(dir / "taken.png");
     WriteText(dir / "out.png", "what was there before");
     const std::vector<std::string> before = dir.Files();
