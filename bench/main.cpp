@@ -8,6 +8,7 @@
 #include "bench/heap_counter.h"
 #include "bench/peer_jobs.h"
 #include "bench/plugin_session.h"
+#include "bench/processor_line.h"
 #include "bench/pixturn_jobs.h"
 #include "bench/results_table.h"
 #include "bench/thread_scaling_jobs.h"
@@ -32,6 +33,7 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&collector);
     bench::PluginSession::EndActive();
     benchmark::Shutdown();
+    bench::PrintProcessor(std::cout);
     bench::PrintResults(std::cout, collector.results());
     return 0;
 }
