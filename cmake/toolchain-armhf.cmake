@@ -7,8 +7,3 @@ set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(PIXTURN_TARGET_TRIPLE arm-linux-gnueabihf)
 set(PIXTURN_TARGET_QEMU qemu-arm)
 include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)
-# The rotation's arithmetic is defined in 64-bit doubles with every product
-# rounded on its own: no fused multiply-adds, which would round a * b + c once
-# instead of twice and change the shears' pixels.
-set(CMAKE_C_FLAGS_INIT "-ffp-contract=off")
-set(CMAKE_CXX_FLAGS_INIT "-ffp-contract=off")

@@ -5,6 +5,8 @@
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(PIXTURN_TARGET_TRIPLE i686-linux-gnu)
 set(PIXTURN_TARGET_QEMU qemu-i386)
+# The rotation's doubles in SSE2's registers rather than the x87's 80-bit ones.
+set(PIXTURN_TARGET_FLAGS "-msse2 -mfpmath=sse")
 include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)
 # A 64-bit x86 kernel usually runs 32-bit programs itself: then the tests run
 # natively, through the cross compiler's own dynamic loader and libraries (the
@@ -16,8 +18,3 @@ execute_process(COMMAND ${PIXTURN_I686_LOADER} --version
 if(pixturn_native_32bit EQUAL 0)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${PIXTURN_I686_LOADER} --library-path /usr/${PIXTURN_TARGET_TRIPLE}/lib)
 endif()
-# The rotation's arithmetic is defined in 64-bit doubles: SSE2's, not the x87's
-# 80-bit registers, and no fused multiply-adds, which would round a * b + c once
-# instead of twice and change the shears' pixels.
-set(CMAKE_C_FLAGS_INIT "-msse2 -mfpmath=sse -ffp-contract=off")
-set(CMAKE_CXX_FLAGS_INIT "-msse2 -mfpmath=sse -ffp-contract=off")
