@@ -62,6 +62,16 @@ typename Path::Vector StoredOf(typename Path::Vector channels) {
         return channels;
 }
 
+// A pixel as one format of 4-byte pixels stores it, as a word.
+template <typename Codec>
+uint32_t StoredWord(const Pixel& pixel) {
+    uint8_t stored[4];
+    Codec::Write(stored, pixel);
+    uint32_t word;
+    std::memcpy(&word, stored, 4);
+    return word;
+}
+
 template <typename Source, typename Destination>
 constexpr bool kBlendsInIntegers = std::is_same_v<Source, Destination> && Source::kBytesPerPixel == 4;
 
@@ -99,13 +109,8 @@ public:
     IntegerRow(const uint8_t* from, int32_t fromWidth, uint8_t* to, SkewStep step, const BlendPlan& plan,
                const Pixel& background)
         : from_(from), fromWidth_(fromWidth), to_(to), offset_(step.offset), weight_(Path::WeightOf(step.weight)),
-          plan_(plan), lanes_(Path::LanesOf(plan, plan, plan, plan)), background_(background) {
-        uint8_t stored[4];
-        Codec::Write(stored, background);
-        uint32_t word;
-        std::memcpy(&word, stored, 4);
-        backgroundVector_ = Path::Splat(word);
-    }
+          plan_(plan), lanes_(Path::LanesOf(plan, plan, plan, plan)), background_(background),
+          backgroundVector_(Path::Splat(StoredWord<Codec>(background))) {}
 
     // Destination pixels d .. d + 3.
     void Four(int32_t d) const {
@@ -161,9 +166,8 @@ void ShearRowInIntegers(const IntegerRow<Path, Codec>& row, int32_t toWidth) {
 template <typename Destination>
 void FillBackground(uint8_t* to, int32_t begin, int32_t end, const Pixel& background) {
     if constexpr (Destination::kBytesPerPixel == 4) {
-        uint8_t stored[4];
-        Destination::Write(stored, background);
-        for (int32_t d = begin; d < end; ++d) std::memcpy(PixelIn<Destination>(to, d), stored, 4);
+        const uint32_t word = StoredWord<Destination>(background);
+        for (int32_t d = begin; d < end; ++d) std::memcpy(PixelIn<Destination>(to, d), &word, 4);
     } else {
         for (int32_t d = begin; d < end; ++d) Destination::Write(PixelIn<Destination>(to, d), background);
     }
@@ -296,11 +300,7 @@ void ShearColumnBlock(uint8_t* const* sourceRows, int32_t sourceHeight, PictureW
     typename Path::Vector backgroundVector = Path::Splat(0);
     const int32_t fullQuads = kBlendsInIntegers<Source, Destination> ? count / 4 : 0;
     if constexpr (kBlendsInIntegers<Source, Destination>) {
-        uint32_t backgroundWord;
-        uint8_t storedBackground[4];
-        Destination::Write(storedBackground, background);
-        std::memcpy(&backgroundWord, storedBackground, 4);
-        backgroundVector = Path::Splat(backgroundWord);
+        backgroundVector = Path::Splat(StoredWord<Destination>(background));
         for (int32_t q = 0; q < fullQuads; ++q) {
             const BlendPlan* plan = &plans[4 * q];
             const ColumnState<Path>* quad = &columns[4 * q];
