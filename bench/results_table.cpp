@@ -218,12 +218,12 @@ void PrintGoals(std::ostream& out, const Lookup& lookup) {
         {"at least as fast as Leptonica's shear rotation", rotate30,
          [&](const char* host) { return lookup.Ratio(lookup.Milliseconds(rotate30, kLeptonica), rotate30, host); },
          true, 1, "x faster"},
-        {"within 3x of the memory floor of its passes", rotate30,
+        {"within 2.5x of the memory floor of its passes", rotate30,
          [&](const char* host) {
              const std::optional<double> ratio = lookup.Ratio(lookup.Milliseconds(rotate30, kMemcpy), rotate30, host);
              return ratio ? std::optional(1 / *ratio) : std::nullopt;
          },
-         false, 3, "x memcpy's time"}};
+         false, 2.5, "x memcpy's time"}};
     // OpenCV's time over ours, as a multiple of OpenCV's time.
     auto timesOpenCv = [&](const std::string& task, const std::string& openCvTask, double openCvCalls) {
         return [&, task, openCvTask, openCvCalls](const char* host) -> std::optional<double> {
@@ -233,20 +233,17 @@ void PrintGoals(std::ostream& out, const Lookup& lookup) {
             return *ours / (*theirs * openCvCalls);
         };
     };
-    // Console hosts widen and narrow a host bitmap's 7-bit alpha in every pass.
+    // Console hosts widen and narrow a host bitmap's 7-bit alpha in every pass,
+    // so only the desktop host is asked to be well ahead.
     for (double angle : {30.0, 45.0, 60.0}) {
         const std::string task = RotateTask(angle);
-        goals.push_back({"no slower than OpenCV's warpAffine", task, timesOpenCv(task, task, 1), false, 1.0,
+        goals.push_back({"at most 0.8x OpenCV's warpAffine time", task, timesOpenCv(task, task, 1), false, 0.8,
                          "x OpenCV's time", false, kDesktop.label});
-        goals.push_back({"within 1.2x of OpenCV's warpAffine", task, timesOpenCv(task, task, 1), false, 1.2,
+        goals.push_back({"no slower than OpenCV's warpAffine", task, timesOpenCv(task, task, 1), false, 1.0,
                          "x OpenCV's time", false, kConsole.label});
     }
     goals.push_back({"no slower than two warpAffine calls (picture, mask)", kRotateWithMask,
-                     timesOpenCv(kRotateWithMask, rotate30, 2), false, 1.0, "x OpenCV's time", false,
-                     kDesktop.label});
-    goals.push_back({"within 1.2x of two warpAffine calls (picture, mask)", kRotateWithMask,
-                     timesOpenCv(kRotateWithMask, rotate30, 2), false, 1.2, "x OpenCV's time", false,
-                     kConsole.label});
+                     timesOpenCv(kRotateWithMask, rotate30, 2), false, 1.0, "x OpenCV's time"});
     for (const char* task : {kRotate90, kRotate270})
         goals.push_back({"no slower than OpenCV's rotate", task, timesOpenCv(task, task, 1), false, 1.0,
                          "x OpenCV's time"});
