@@ -37,6 +37,7 @@ const char* PathName(ProcessorPath path) {
     switch (path) {
         case ProcessorPath::kSse2: return "SSE2";
         case ProcessorPath::kAvx2: return "AVX2";
+        case ProcessorPath::kAvx512: return "AVX-512";
         case ProcessorPath::kNeon: return "NEON";
         case ProcessorPath::kPortable: break;
     }
@@ -48,15 +49,12 @@ const char* PathName(ProcessorPath path) {
 void PrintProcessor(std::ostream& out) {
     out << "Processor: " << ProcessorName() << "\nVector paths it offers the plug-in: ";
     const char* separator = "";
-    for (const ProcessorPath path : {ProcessorPath::kSse2, ProcessorPath::kAvx2, ProcessorPath::kNeon}) {
+    for (const ProcessorPath path :
+         {ProcessorPath::kSse2, ProcessorPath::kAvx2, ProcessorPath::kAvx512, ProcessorPath::kNeon}) {
         if (!Supports(path)) continue;
         out << separator << PathName(path);
         separator = ", ";
     }
-#if defined(PIXTURN_X86_PATHS)
-    // The plug-in has no AVX-512 path; whether the processor has it still tells machines apart.
-    out << " (AVX-512: " << (__builtin_cpu_supports("avx512f") ? "present, no plug-in path" : "absent") << ')';
-#endif
     out << "\nPath the plug-in takes: " << PathName(FastestPath()) << "\n\n";
 }
 

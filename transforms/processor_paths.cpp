@@ -14,6 +14,7 @@ bool Supports(ProcessorPath path) {
 #if defined(PIXTURN_X86_PATHS)
         case ProcessorPath::kSse2: return true;
         case ProcessorPath::kAvx2: return __builtin_cpu_supports("avx2");
+        case ProcessorPath::kAvx512: return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw");
 #elif defined(__aarch64__)
         case ProcessorPath::kNeon: return true;
 #elif defined(__arm__)
@@ -33,7 +34,8 @@ static const ProcessorPath gFastestPath = [] {
 #if defined(PIXTURN_X86_PATHS)
     __builtin_cpu_init();
 #endif
-    for (const ProcessorPath path : {ProcessorPath::kAvx2, ProcessorPath::kSse2, ProcessorPath::kNeon})
+    for (const ProcessorPath path :
+         {ProcessorPath::kAvx512, ProcessorPath::kAvx2, ProcessorPath::kSse2, ProcessorPath::kNeon})
         if (Supports(path)) return path;
     return ProcessorPath::kPortable;
 }();

@@ -98,8 +98,8 @@ typename Path::Vector FourPixelsByDoubles(int32_t j, int32_t length, typename Pa
 
 // One row whose weight blends exactly in integers, in destination order: every
 // destination pixel d is the extended source pixel d - offset blended after its
-// predecessor. Four pixels at a time, or eight where the path has a wider
-// form (BlendRowByEights) and all eight have their source pixel and the one
+// predecessor. Four pixels at a time, or eight or sixteen where the path has a
+// wider form (BlendWideRow) and all of them have their source pixel and the one
 // before it.
 template <typename Path, typename Codec>
 class IntegerRow {
@@ -157,7 +157,7 @@ private:
 template <typename Path, typename Codec>
 void ShearRowInIntegers(const IntegerRow<Path, Codec>& row, int32_t toWidth) {
     int32_t d = 0;
-    if constexpr (requires { Path::BlendRowByEights(row, toWidth); }) d = Path::BlendRowByEights(row, toWidth);
+    if constexpr (requires { Path::BlendWideRow(row, toWidth); }) d = Path::BlendWideRow(row, toWidth);
     for (; d + 4 <= toWidth; d += 4) row.Four(d);
     for (; d < toWidth; ++d) row.One(d);
 }

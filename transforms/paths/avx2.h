@@ -51,7 +51,7 @@ struct Avx2Path : Sse2Path {
     // time where all eight have their source pixel and the one before it, four
     // at a time elsewhere; returns the first pixel past the last eight.
     template <typename Row>
-    __attribute__((target("avx2"))) static int32_t BlendRowByEights(const Row& row, int32_t toWidth) {
+    __attribute__((target("avx2"))) static int32_t BlendWideRow(const Row& row, int32_t toWidth) {
         const __m256i high = _mm256_set1_epi16(int16_t(row.Plan().high));
         const __m256i low = _mm256_set1_epi16(int16_t(row.Plan().low));
         int32_t d = 0;

@@ -1,0 +1,85 @@
+// AVX-512 for the rows of the shears, where the processor has it (with its
+// byte and word instructions, AVX512BW): the AVX2 path's primitives, and an
+// exact row's integer blend sixteen pixels at a time. The arithmetic is the
+// SSE2 blend's (exact_blend.h has the proof) four times as wide; only the carry
+// and the sign come as AVX-512's mask registers instead of vectors of ones.
+// Every function that touches a 512-bit register carries AVX-512 as its own
+// target; the path is taken only where the processor says it has both parts.
+#pragma once
+
+#include <cstdint>
+
+#include <immintrin.h>
+
+#include "transforms/paths/avx2.h"
+
+#define PIXTURN_AVX512 __attribute__((target("avx512f,avx512bw")))
+
+struct Avx512Path : Avx2Path {
+    using Avx2Path::Blend;
+    using Avx2Path::FloorOfWeighted;
+
+    PIXTURN_AVX512 static __m512i FloorOfWeighted(__m512i distance, __m512i high, __m512i low) {
+        const __m512i lowHalf = _mm512_mullo_epi16(distance, high);
+        const __m512i sum = _mm512_add_epi16(lowHalf, _mm512_mulhi_epu16(distance, low));
+        const __mmask32 carry = _mm512_cmplt_epu16_mask(sum, lowHalf);
+        const __m512i floor = _mm512_mulhi_epu16(distance, high);
+        return _mm512_mask_add_epi16(floor, carry, floor, _mm512_set1_epi16(1));
+    }
+
+    // Sixty-four channels of one weight.
+    PIXTURN_AVX512 static __m512i Blend(__m512i p, __m512i q, __m512i high, __m512i low) {
+        const __m512i zero = _mm512_setzero_si512();
+        const __m512i above = _mm512_subs_epu8(p, q);
+        const __m512i distance = _mm512_or_si512(above, _mm512_subs_epu8(q, p));
+        // Unpacking and packing work within each 128-bit quarter, so pack
+        // restores the order unpack took apart.
+        const __m512i floors = _mm512_packus_epi16(FloorOfWeighted(_mm512_unpacklo_epi8(distance, zero), high, low),
+                                                   FloorOfWeighted(_mm512_unpackhi_epi8(distance, zero), high, low));
+        const __mmask64 notAbove = _mm512_cmpeq_epi8_mask(above, zero);
+        return _mm512_mask_add_epi8(_mm512_sub_epi8(p, floors), notAbove, p, floors);
+    }
+
+    PIXTURN_AVX512 static __m512i WidenHostAlpha16(__m512i stored) {
+        const __m512i alpha = _mm512_and_si512(stored, _mm512_set1_epi32(0x7F000000));
+        const __m512i widened =
+            _mm512_or_si512(_mm512_add_epi8(alpha, alpha), _mm512_and_si512(alpha, _mm512_set1_epi32(0x01000000)));
+        return _mm512_or_si512(_mm512_and_si512(stored, _mm512_set1_epi32(0x00FFFFFF)), widened);
+    }
+    PIXTURN_AVX512 static __m512i NarrowHostAlpha16(__m512i channels) {
+        // The masked shift with every lane kept: GCC 12 takes the plain one's
+        // undefined source operand for an uninitialised variable and warns.
+        const __m512i halved =
+            _mm512_and_si512(_mm512_maskz_srli_epi32(__mmask16(0xFFFF), channels, 1), _mm512_set1_epi32(0x7F000000));
+        return _mm512_or_si512(_mm512_and_si512(channels, _mm512_set1_epi32(0x00FFFFFF)), halved);
+    }
+
+    // The destination pixels of an exact row (skew_loops::IntegerRow) sixteen at
+    // a time where all sixteen have their source pixel and the one before it,
+    // four at a time elsewhere; returns the first pixel past the last sixteen.
+    template <typename Row>
+    PIXTURN_AVX512 static int32_t BlendWideRow(const Row& row, int32_t toWidth) {
+        const __m512i high = _mm512_set1_epi16(int16_t(row.Plan().high));
+        const __m512i low = _mm512_set1_epi16(int16_t(row.Plan().low));
+        int32_t d = 0;
+        for (; d + 16 <= toWidth; d += 16) {
+            const int32_t j = row.SourceIndex(d);
+            if (j < 1 || j + 16 > row.SourceWidth()) {
+                for (int32_t four = 0; four < 16; four += 4) row.Four(d + four);
+                continue;
+            }
+            __m512i p = _mm512_loadu_si512(row.SourcePixel(j));
+            __m512i q = _mm512_loadu_si512(row.SourcePixel(j - 1));
+            if constexpr (Row::kHostAlpha) {
+                p = WidenHostAlpha16(p);
+                q = WidenHostAlpha16(q);
+            }
+            __m512i blended = Blend(p, q, high, low);
+            if constexpr (Row::kHostAlpha) blended = NarrowHostAlpha16(blended);
+            _mm512_storeu_si512(row.DestinationPixel(d), blended);
+        }
+        return d;
+    }
+};
+
+#undef PIXTURN_AVX512
