@@ -8,10 +8,11 @@
 // chosen once per call: no format test per pixel, and row addresses taken with
 // RowAddress once per row (host bitmaps keep their rows wherever their row table
 // says, so rows are never found by stride). Between pictures of one format of
-// 4-byte pixels, pixels move four at a time as words masked with the bits a
-// copy keeps: reversed within a register for the mirrors, and for the quarter
-// turns as 4 x 4 blocks transposed in registers, in the processor's fastest
-// path (processor_paths.h) unless told another.
+// 4-byte pixels, pixels move as words masked with the bits a copy keeps, in the
+// processor's fastest path (processor_paths.h) unless told another: for the
+// mirrors a register at a time (sixteen pixels in AVX-512, eight in AVX2, else
+// four), reversed within it where rows turn round, and for the quarter turns as
+// 4 x 4 blocks transposed in registers.
 #pragma once
 
 #include <algorithm>
@@ -21,6 +22,7 @@
 
 #include "picture/picture_editor.h"
 #include "picture/pixel_formats.h"
+#include "transforms/paths/register_moves.h"
 #include "transforms/processor_paths.h"
 
 // Where source pixel (x, y) of a w x h picture goes.
@@ -70,11 +72,9 @@ void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bo
         uint8_t* to = writer.RowAddress(reverseRows ? h - 1 - y : y);
         int32_t x = 0;
         if constexpr (kMovesWords<Source, Destination>) {
-            for (; x + 4 <= w; x += 4) {
-                typename Path::Vector four = Path::Keep(Path::Load(PixelIn<Source>(from, x)), Source::kBitsKept);
-                if (reverseColumns) four = Path::Reversed(four);
-                Path::Store(PixelIn<Destination>(to, reverseColumns ? w - 4 - x : x), four);
-            }
+            if constexpr (requires { Path::MoveWideRow(from, to, w, reverseColumns, Source::kBitsKept); })
+                x = Path::MoveWideRow(from, to, w, reverseColumns, Source::kBitsKept);
+            x = register_moves::MoveRow<Path>(from, to, w, x, reverseColumns, Source::kBitsKept);
         }
         for (; x < w; ++x)
             CopyPixel<Source, Destination>(PixelIn<Source>(from, x),

@@ -1,6 +1,7 @@
 // AVX2 for the rows of the shears, where the processor has it: the SSE2 path's
 // primitives, and an exact row's integer blend eight pixels at a time, the same
-// arithmetic as SSE2's twice as wide (exact_blend.h has the proof). Every
+// arithmetic as SSE2's twice as wide (exact_blend.h has the proof); and the
+// mirrors' moves eight pixels at a time. Every
 // function that touches a 256-bit register carries AVX2 as its own target; the
 // path is taken only where the processor says it has AVX2.
 #pragma once
@@ -9,11 +10,38 @@
 
 #include <immintrin.h>
 
+#include "transforms/paths/register_moves.h"
 #include "transforms/paths/sse2.h"
 
 struct Avx2Path : Sse2Path {
     using Sse2Path::FloorOfWeighted;
     using Sse2Path::Blend;
+
+    // Eight pixels in one register, for the mirrors' moves (register_moves.h).
+    struct Wide {
+        using Vector = __m256i;
+        static constexpr int32_t kPixels = 8;
+        __attribute__((target("avx2"))) static Vector Load(const uint8_t* p) {
+            return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+        }
+        __attribute__((target("avx2"))) static void Store(uint8_t* p, Vector v) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+        }
+        __attribute__((target("avx2"))) static Vector Keep(Vector v, uint32_t bits) {
+            return _mm256_and_si256(v, _mm256_set1_epi32(int32_t(bits)));
+        }
+        __attribute__((target("avx2"))) static Vector Reversed(Vector v) {
+            return _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+        }
+    };
+    __attribute__((target("avx2"), flatten)) static int32_t MoveWideRow(uint8_t* from, uint8_t* to, int32_t count,
+                                                               bool reversed, uint32_t bitsKept) {
+        return register_moves::MoveRow<Wide>(from, to, count, 0, reversed, bitsKept);
+    }
+    __attribute__((target("avx2"), flatten)) static int32_t ExchangeWideReversed(uint8_t* a, uint8_t* b, int32_t width,
+                                                                        int32_t count, ptrdiff_t askAhead) {
+        return register_moves::ExchangeReversed<Wide>(a, b, width, count, 0, askAhead);
+    }
 
     __attribute__((target("avx2"))) static __m256i FloorOfWeighted(__m256i distance, __m256i high, __m256i low) {
         const __m256i bias = _mm256_set1_epi16(int16_t(0x8000));

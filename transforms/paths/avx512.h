@@ -1,6 +1,7 @@
 // AVX-512 for the rows of the shears, where the processor has it (with its
 // byte and word instructions, AVX512BW): the AVX2 path's primitives, and an
-// exact row's integer blend sixteen pixels at a time. The arithmetic is the
+// exact row's integer blend sixteen pixels at a time, and the mirrors' moves
+// sixteen pixels at a time. The arithmetic is the
 // SSE2 blend's (exact_blend.h has the proof) four times as wide; only the carry
 // and the sign come as AVX-512's mask registers instead of vectors of ones.
 // Every function that touches a 512-bit register carries AVX-512 as its own
@@ -14,10 +15,35 @@
 #include "transforms/paths/avx2.h"
 
 #define PIXTURN_AVX512 __attribute__((target("avx512f,avx512bw")))
+#define PIXTURN_AVX512_FLAT __attribute__((target("avx512f,avx512bw"), flatten))
 
 struct Avx512Path : Avx2Path {
     using Avx2Path::Blend;
     using Avx2Path::FloorOfWeighted;
+
+    // Sixteen pixels in one register, for the mirrors' moves (register_moves.h).
+    struct Wide {
+        using Vector = __m512i;
+        static constexpr int32_t kPixels = 16;
+        PIXTURN_AVX512 static Vector Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
+        PIXTURN_AVX512 static void Store(uint8_t* p, Vector v) { _mm512_storeu_si512(p, v); }
+        PIXTURN_AVX512 static Vector Keep(Vector v, uint32_t bits) {
+            return _mm512_and_si512(v, _mm512_set1_epi32(int32_t(bits)));
+        }
+        PIXTURN_AVX512 static Vector Reversed(Vector v) {
+            // The masked form with every lane kept, for the reason NarrowHostAlpha16 gives.
+            return _mm512_maskz_permutexvar_epi32(
+                __mmask16(0xFFFF), _mm512_setr_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0), v);
+        }
+    };
+    PIXTURN_AVX512_FLAT static int32_t MoveWideRow(uint8_t* from, uint8_t* to, int32_t count, bool reversed,
+                                              uint32_t bitsKept) {
+        return register_moves::MoveRow<Wide>(from, to, count, 0, reversed, bitsKept);
+    }
+    PIXTURN_AVX512_FLAT static int32_t ExchangeWideReversed(uint8_t* a, uint8_t* b, int32_t width, int32_t count,
+                                                       ptrdiff_t askAhead) {
+        return register_moves::ExchangeReversed<Wide>(a, b, width, count, 0, askAhead);
+    }
 
     PIXTURN_AVX512 static __m512i FloorOfWeighted(__m512i distance, __m512i high, __m512i low) {
         const __m512i lowHalf = _mm512_mullo_epi16(distance, high);
@@ -83,3 +109,4 @@ struct Avx512Path : Avx2Path {
 };
 
 #undef PIXTURN_AVX512
+#undef PIXTURN_AVX512_FLAT

@@ -16,6 +16,7 @@ struct PortablePath {
     struct Vector {
         uint32_t word[4];
     };
+    static constexpr int32_t kPixels = 4;
 
     static Vector Load(const uint8_t* p) {
         Vector v;

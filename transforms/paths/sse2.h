@@ -13,6 +13,7 @@
 
 struct Sse2Path {
     using Vector = __m128i;
+    static constexpr int32_t kPixels = 4;
 
     static Vector Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
     static void Store(uint8_t* p, Vector v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
