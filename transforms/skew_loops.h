@@ -18,9 +18,9 @@
 // - Where source and destination share a format of 4-byte pixels (every pass
 //   picture has the host's format), lines whose weight PlanBlend marks exact
 //   blend in integer lanes (exact_blend.h has the proof): rows four destination
-//   pixels at a time, or eight in AVX2 where the processor has it, columns in
-//   quads of neighbours. Pixels at a line's ends, and lines whose weight is not
-//   exact, take the doubles.
+//   pixels at a time, or eight in AVX2 and sixteen in AVX-512 where the
+//   processor has them, columns in quads of neighbours. Pixels at a line's ends,
+//   and lines whose weight is not exact, take the doubles.
 // - Every loop is templated on the processor's path (processor_paths.h), chosen
 //   once per pass: the fastest the processor has unless told another.
 #pragma once
@@ -261,6 +261,11 @@ typename Path::Vector ShearColumnQuad(uint8_t* const* sourceRows, int32_t source
             std::memcpy(&stored, PixelIn<Codec>(sourceRows[y - columns[k].offset - up], x + k), 4);
             return stored;
         };
+        // Four columns shifted by the same whole offset, as most are in the
+        // small turns that straighten a scan, find their pixels side by side in
+        // one source row.
+        if (quad.lowestOffset == quad.highestOffset)
+            return ChannelsOf<Path, Codec>(Path::Load(PixelIn<Codec>(sourceRows[y - quad.lowestOffset - up], x)));
         return ChannelsOf<Path, Codec>(Path::FromWords(at(0), at(1), at(2), at(3)));
     };
     if (quad.exact && y - quad.highestOffset >= 1 && y - quad.lowestOffset < sourceHeight) {
