@@ -62,7 +62,7 @@ void ExchangeReversedFast(uint8_t* a, uint8_t* b, int32_t width, int32_t count, 
         const ptrdiff_t ahead = askAhead ? kAskAhead : 0;
         if constexpr (requires { Path::ExchangeWideReversed(a, b, width, count, ahead); })
             k = Path::ExchangeWideReversed(a, b, width, count, ahead);
-        k = register_moves::ExchangeReversed<Path>(a, b, width, count, k, ahead);
+        k = register_moves::ExchangeReversed<register_moves::Fours<Path>>(a, b, width, count, k, ahead);
     }
     ExchangeReversed<PixelSize>(PixelIn<PixelSize>(a, k), b, width - k, count - k);
 }

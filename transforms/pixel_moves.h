@@ -74,7 +74,7 @@ void MoveRows(PictureReader& reader, PictureWriter& writer, bool reverseRows, bo
         if constexpr (kMovesWords<Source, Destination>) {
             if constexpr (requires { Path::MoveWideRow(from, to, w, reverseColumns, Source::kBitsKept); })
                 x = Path::MoveWideRow(from, to, w, reverseColumns, Source::kBitsKept);
-            x = register_moves::MoveRow<Path>(from, to, w, x, reverseColumns, Source::kBitsKept);
+            x = register_moves::MoveRow<register_moves::Fours<Path>>(from, to, w, x, reverseColumns, Source::kBitsKept);
         }
         for (; x < w; ++x)
             CopyPixel<Source, Destination>(PixelIn<Source>(from, x),

@@ -19,27 +19,39 @@ struct Avx2Path : Sse2Path {
 
     // Eight pixels in one register, for the mirrors' moves (register_moves.h).
     struct Wide {
-        using Vector = __m256i;
         static constexpr int32_t kPixels = 8;
-        __attribute__((target("avx2"))) static Vector Load(const uint8_t* p) {
+        __attribute__((target("avx2"))) static __m256i Load(const uint8_t* p) {
             return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
         }
-        __attribute__((target("avx2"))) static void Store(uint8_t* p, Vector v) {
+        __attribute__((target("avx2"))) static void Store(uint8_t* p, __m256i v) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
         }
-        __attribute__((target("avx2"))) static Vector Keep(Vector v, uint32_t bits) {
+        __attribute__((target("avx2"))) static __m256i Keep(__m256i v, uint32_t bits) {
             return _mm256_and_si256(v, _mm256_set1_epi32(int32_t(bits)));
         }
-        __attribute__((target("avx2"))) static Vector Reversed(Vector v) {
+        __attribute__((target("avx2"))) static __m256i Reversed(__m256i v) {
             return _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+        }
+        __attribute__((target("avx2"))) static void Move(const uint8_t* from, uint8_t* to, uint32_t bitsKept) {
+            Store(to, Keep(Load(from), bitsKept));
+        }
+        __attribute__((target("avx2"))) static void MoveReversed(const uint8_t* from, uint8_t* to,
+                                                                  uint32_t bitsKept) {
+            Store(to, Reversed(Keep(Load(from), bitsKept)));
+        }
+        __attribute__((target("avx2"))) static void ExchangeReversed(uint8_t* a, uint8_t* b) {
+            const __m256i fromA = Load(a);
+            Store(a, Reversed(Load(b)));
+            Store(b, Reversed(fromA));
         }
     };
     __attribute__((target("avx2"), flatten)) static int32_t MoveWideRow(uint8_t* from, uint8_t* to, int32_t count,
-                                                               bool reversed, uint32_t bitsKept) {
+                                                                        bool reversed, uint32_t bitsKept) {
         return register_moves::MoveRow<Wide>(from, to, count, 0, reversed, bitsKept);
     }
-    __attribute__((target("avx2"), flatten)) static int32_t ExchangeWideReversed(uint8_t* a, uint8_t* b, int32_t width,
-                                                                        int32_t count, ptrdiff_t askAhead) {
+    __attribute__((target("avx2"), flatten)) static int32_t ExchangeWideReversed(uint8_t* a, uint8_t* b,
+                                                                                 int32_t width, int32_t count,
+                                                                                 ptrdiff_t askAhead) {
         return register_moves::ExchangeReversed<Wide>(a, b, width, count, 0, askAhead);
     }
 

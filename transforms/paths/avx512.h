@@ -23,25 +23,35 @@ struct Avx512Path : Avx2Path {
 
     // Sixteen pixels in one register, for the mirrors' moves (register_moves.h).
     struct Wide {
-        using Vector = __m512i;
         static constexpr int32_t kPixels = 16;
-        PIXTURN_AVX512 static Vector Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
-        PIXTURN_AVX512 static void Store(uint8_t* p, Vector v) { _mm512_storeu_si512(p, v); }
-        PIXTURN_AVX512 static Vector Keep(Vector v, uint32_t bits) {
+        PIXTURN_AVX512 static __m512i Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
+        PIXTURN_AVX512 static void Store(uint8_t* p, __m512i v) { _mm512_storeu_si512(p, v); }
+        PIXTURN_AVX512 static __m512i Keep(__m512i v, uint32_t bits) {
             return _mm512_and_si512(v, _mm512_set1_epi32(int32_t(bits)));
         }
-        PIXTURN_AVX512 static Vector Reversed(Vector v) {
-            // The masked form with every lane kept, for the reason NarrowHostAlpha16 gives.
+        // The masked form with every lane kept, for the reason NarrowHostAlpha16 gives.
+        PIXTURN_AVX512 static __m512i Reversed(__m512i v) {
             return _mm512_maskz_permutexvar_epi32(
                 __mmask16(0xFFFF), _mm512_setr_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0), v);
         }
+        PIXTURN_AVX512 static void Move(const uint8_t* from, uint8_t* to, uint32_t bitsKept) {
+            Store(to, Keep(Load(from), bitsKept));
+        }
+        PIXTURN_AVX512 static void MoveReversed(const uint8_t* from, uint8_t* to, uint32_t bitsKept) {
+            Store(to, Reversed(Keep(Load(from), bitsKept)));
+        }
+        PIXTURN_AVX512 static void ExchangeReversed(uint8_t* a, uint8_t* b) {
+            const __m512i fromA = Load(a);
+            Store(a, Reversed(Load(b)));
+            Store(b, Reversed(fromA));
+        }
     };
     PIXTURN_AVX512_FLAT static int32_t MoveWideRow(uint8_t* from, uint8_t* to, int32_t count, bool reversed,
-                                              uint32_t bitsKept) {
+                                                   uint32_t bitsKept) {
         return register_moves::MoveRow<Wide>(from, to, count, 0, reversed, bitsKept);
     }
     PIXTURN_AVX512_FLAT static int32_t ExchangeWideReversed(uint8_t* a, uint8_t* b, int32_t width, int32_t count,
-                                                       ptrdiff_t askAhead) {
+                                                            ptrdiff_t askAhead) {
         return register_moves::ExchangeReversed<Wide>(a, b, width, count, 0, askAhead);
     }
 
