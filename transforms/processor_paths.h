@@ -18,7 +18,7 @@
 #define PIXTURN_NEON_PATH 1
 #endif
 
-enum class ProcessorPath { kPortable, kSse2, kAvx2, kNeon, kAvx512 };
+enum class ProcessorPath { kPortable, kSse2, kAvx2, kAvx512, kNeon };
 
 // Whether this build has the path and the processor can run it.
 bool Supports(ProcessorPath path);

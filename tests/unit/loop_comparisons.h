@@ -45,8 +45,8 @@ inline constexpr int32_t kPixelFormats[] = {PixelFormatARGB32, PixelFormatRGB24,
 // Every path of the fast loops this processor runs, the portable one included.
 inline std::vector<ProcessorPath> SupportedPaths() {
     std::vector<ProcessorPath> paths;
-    for (const ProcessorPath path :
-         {ProcessorPath::kPortable, ProcessorPath::kSse2, ProcessorPath::kAvx2, ProcessorPath::kAvx512, ProcessorPath::kNeon})
+    for (const ProcessorPath path : {ProcessorPath::kPortable, ProcessorPath::kSse2, ProcessorPath::kAvx2,
+                                     ProcessorPath::kAvx512, ProcessorPath::kNeon})
         if (Supports(path)) paths.push_back(path);
     return paths;
 }

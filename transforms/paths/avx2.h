@@ -1,9 +1,9 @@
 // AVX2 for the rows of the shears, where the processor has it: the SSE2 path's
-// primitives, and an exact row's integer blend eight pixels at a time, the same
-// arithmetic as SSE2's twice as wide (exact_blend.h has the proof); and the
-// mirrors' moves eight pixels at a time. Every
-// function that touches a 256-bit register carries AVX2 as its own target; the
-// path is taken only where the processor says it has AVX2.
+// primitives, an exact row's integer blend eight pixels at a time, the same
+// arithmetic as SSE2's twice as wide (exact_blend.h has the proof), and the
+// mirrors' moves eight pixels at a time. Every function that touches a 256-bit
+// register carries AVX2 as its own target; the path is taken only where the
+// processor says it has AVX2.
 #pragma once
 
 #include <cstdint>

@@ -1,11 +1,11 @@
 // AVX-512 for the rows of the shears, where the processor has it (with its
-// byte and word instructions, AVX512BW): the AVX2 path's primitives, and an
-// exact row's integer blend sixteen pixels at a time, and the mirrors' moves
-// sixteen pixels at a time. The arithmetic is the
-// SSE2 blend's (exact_blend.h has the proof) four times as wide; only the carry
-// and the sign come as AVX-512's mask registers instead of vectors of ones.
-// Every function that touches a 512-bit register carries AVX-512 as its own
-// target; the path is taken only where the processor says it has both parts.
+// byte and word instructions, AVX512BW): the AVX2 path's primitives, an exact
+// row's integer blend sixteen pixels at a time, and the mirrors' moves sixteen
+// pixels at a time. The blend is the SSE2 blend's arithmetic (exact_blend.h has
+// the proof) four times as wide; only the carry and the sign come as AVX-512's
+// mask registers instead of vectors of ones. Every function that touches a
+// 512-bit register carries AVX-512 as its own target; the path is taken only
+// where the processor says it has both parts.
 #pragma once
 
 #include <cstdint>
