@@ -400,18 +400,24 @@ template <typename NextSkew>
 void ShearColumns(PictureReader& source, PictureWriter& destination, int32_t columns, const Pixel& background,
                   NextSkew&& nextSkew, ProcessorPath path = FastestPath()) {
     const int32_t sourceHeight = source.height;
-    const std::unique_ptr<uint8_t*, decltype(&std::free)> sourceRows(
-        static_cast<uint8_t**>(std::calloc(static_cast<size_t>(std::max(sourceHeight, 1)), sizeof(uint8_t*))),
-        &std::free);
+    // A host bitmap brings its own table of row addresses; a world's rows are
+    // found by stride, so the pass makes their table, the one buffer it keeps
+    // besides its pictures.
+    const bool hostTable = source.pixelFormat == PixelFormatHostBGRA && source.rowTable != nullptr;
+    const size_t tableLength = static_cast<size_t>(std::max(sourceHeight, 1));
+    const std::unique_ptr<uint8_t*, decltype(&std::free)> madeRows(
+        hostTable ? nullptr : static_cast<uint8_t**>(std::calloc(tableLength, sizeof(uint8_t*))), &std::free);
+    uint8_t* const* sourceRows = hostTable ? source.rowTable : madeRows.get();
     bool specialised = false;
     if (sourceRows != nullptr)
         WithPath(path, [&]<typename Path>() {
             specialised = DispatchFormatPair(
                 source.pixelFormat, destination.pixelFormat, [&]<typename Source, typename Destination>() {
-                    for (int32_t y = 0; y < sourceHeight; ++y) sourceRows.get()[y] = source.RowAddress(y);
+                    if (madeRows != nullptr)
+                        for (int32_t y = 0; y < sourceHeight; ++y) madeRows.get()[y] = source.RowAddress(y);
                     for (int32_t first = 0; first < columns; first += skew_loops::kBlockColumns)
                         skew_loops::ShearColumnBlock<Path, Source, Destination>(
-                            sourceRows.get(), sourceHeight, destination, first,
+                            sourceRows, sourceHeight, destination, first,
                             std::min(skew_loops::kBlockColumns, columns - first), background, nextSkew);
                 });
         });
