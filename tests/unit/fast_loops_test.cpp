@@ -148,8 +148,9 @@ class PixelMovesTest : public ::testing::TestWithParam<std::tuple<int32_t, int32
 
 TEST_P(PixelMovesTest, SpecialisedLoopsWriteWhatTheDefinitionWrites) {
     const auto [sourceFormat, destinationFormat, mapping] = GetParam();
-    // 70 x 66 runs past one tile of the quarter turns both ways.
-    for (auto [w, h] : {std::pair{1, 1}, {1, 5}, {7, 1}, {5, 3}, {70, 66}}) {
+    // 134 x 130 runs past one tile of the quarter turns both ways, and past the
+    // widest register's last whole step in every row.
+    for (auto [w, h] : {std::pair{1, 1}, {1, 5}, {7, 1}, {5, 3}, {134, 130}}) {
         std::mt19937 random(17);
         MemoryPicture<PictureReader> source(sourceFormat, w, h, random);
         EXPECT_EQ(CompareMoves(source.editor, destinationFormat, mapping, random), "") << w << " x " << h;
