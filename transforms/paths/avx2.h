@@ -12,12 +12,14 @@
 
 #include "transforms/paths/register_moves.h"
 #include "transforms/paths/sse2.h"
+#include "transforms/paths/wide_rows.h"
 
 struct Avx2Path : Sse2Path {
     using Sse2Path::FloorOfWeighted;
     using Sse2Path::Blend;
 
-    // Eight pixels in one register, for the mirrors' moves (register_moves.h).
+    // Eight pixels in one register, for the mirrors' moves (register_moves.h) and
+    // the exact rows (wide_rows.h).
     struct Wide {
         static constexpr int32_t kPixels = 8;
         __attribute__((target("avx2"))) static __m256i Load(const uint8_t* p) {
@@ -43,6 +45,18 @@ struct Avx2Path : Sse2Path {
             const __m256i fromA = Load(a);
             Store(a, Reversed(Load(b)));
             Store(b, Reversed(fromA));
+        }
+        template <bool kHostAlpha>
+        __attribute__((target("avx2"))) static void BlendPixels(const uint8_t* source, uint8_t* destination,
+                                                                 uint16_t high, uint16_t low) {
+            __m256i p = Load(source);
+            __m256i q = Load(source - 4);
+            if constexpr (kHostAlpha) {
+                p = WidenHostAlpha8(p);
+                q = WidenHostAlpha8(q);
+            }
+            const __m256i blended = Blend(p, q, _mm256_set1_epi16(int16_t(high)), _mm256_set1_epi16(int16_t(low)));
+            Store(destination, kHostAlpha ? NarrowHostAlpha8(blended) : blended);
         }
     };
     __attribute__((target("avx2"), flatten)) static int32_t MoveWideRow(uint8_t* from, uint8_t* to, int32_t count,
@@ -87,31 +101,9 @@ struct Avx2Path : Sse2Path {
         return _mm256_or_si256(_mm256_and_si256(channels, _mm256_set1_epi32(0x00FFFFFF)), halved);
     }
 
-    // The destination pixels of an exact row (skew_loops::IntegerRow) eight at a
-    // time where all eight have their source pixel and the one before it, four
-    // at a time elsewhere; returns the first pixel past the last eight.
+    // An exact row's destination pixels eight at a time (wide_rows.h).
     template <typename Row>
-    __attribute__((target("avx2"))) static int32_t BlendWideRow(const Row& row, int32_t toWidth) {
-        const __m256i high = _mm256_set1_epi16(int16_t(row.Plan().high));
-        const __m256i low = _mm256_set1_epi16(int16_t(row.Plan().low));
-        int32_t d = 0;
-        for (; d + 8 <= toWidth; d += 8) {
-            const int32_t j = row.SourceIndex(d);
-            if (j < 1 || j + 8 > row.SourceWidth()) {
-                row.Four(d);
-                row.Four(d + 4);
-                continue;
-            }
-            __m256i p = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row.SourcePixel(j)));
-            __m256i q = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row.SourcePixel(j - 1)));
-            if constexpr (Row::kHostAlpha) {
-                p = WidenHostAlpha8(p);
-                q = WidenHostAlpha8(q);
-            }
-            __m256i blended = Blend(p, q, high, low);
-            if constexpr (Row::kHostAlpha) blended = NarrowHostAlpha8(blended);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(row.DestinationPixel(d)), blended);
-        }
-        return d;
+    __attribute__((target("avx2"), flatten)) static int32_t BlendWideRow(const Row& row, int32_t toWidth) {
+        return wide_rows::BlendRow<Wide>(row, toWidth);
     }
 };

@@ -21,7 +21,8 @@ struct Avx512Path : Avx2Path {
     using Avx2Path::Blend;
     using Avx2Path::FloorOfWeighted;
 
-    // Sixteen pixels in one register, for the mirrors' moves (register_moves.h).
+    // Sixteen pixels in one register, for the mirrors' moves (register_moves.h)
+    // and the exact rows (wide_rows.h).
     struct Wide {
         static constexpr int32_t kPixels = 16;
         PIXTURN_AVX512 static __m512i Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
@@ -44,6 +45,18 @@ struct Avx512Path : Avx2Path {
             const __m512i fromA = Load(a);
             Store(a, Reversed(Load(b)));
             Store(b, Reversed(fromA));
+        }
+        template <bool kHostAlpha>
+        PIXTURN_AVX512 static void BlendPixels(const uint8_t* source, uint8_t* destination, uint16_t high,
+                                               uint16_t low) {
+            __m512i p = Load(source);
+            __m512i q = Load(source - 4);
+            if constexpr (kHostAlpha) {
+                p = WidenHostAlpha16(p);
+                q = WidenHostAlpha16(q);
+            }
+            const __m512i blended = Blend(p, q, _mm512_set1_epi16(int16_t(high)), _mm512_set1_epi16(int16_t(low)));
+            Store(destination, kHostAlpha ? NarrowHostAlpha16(blended) : blended);
         }
     };
     PIXTURN_AVX512_FLAT static int32_t MoveWideRow(uint8_t* from, uint8_t* to, int32_t count, bool reversed,
@@ -90,31 +103,10 @@ struct Avx512Path : Avx2Path {
         return _mm512_or_si512(_mm512_and_si512(channels, _mm512_set1_epi32(0x00FFFFFF)), halved);
     }
 
-    // The destination pixels of an exact row (skew_loops::IntegerRow) sixteen at
-    // a time where all sixteen have their source pixel and the one before it,
-    // four at a time elsewhere; returns the first pixel past the last sixteen.
+    // An exact row's destination pixels sixteen at a time (wide_rows.h).
     template <typename Row>
-    PIXTURN_AVX512 static int32_t BlendWideRow(const Row& row, int32_t toWidth) {
-        const __m512i high = _mm512_set1_epi16(int16_t(row.Plan().high));
-        const __m512i low = _mm512_set1_epi16(int16_t(row.Plan().low));
-        int32_t d = 0;
-        for (; d + 16 <= toWidth; d += 16) {
-            const int32_t j = row.SourceIndex(d);
-            if (j < 1 || j + 16 > row.SourceWidth()) {
-                for (int32_t four = 0; four < 16; four += 4) row.Four(d + four);
-                continue;
-            }
-            __m512i p = _mm512_loadu_si512(row.SourcePixel(j));
-            __m512i q = _mm512_loadu_si512(row.SourcePixel(j - 1));
-            if constexpr (Row::kHostAlpha) {
-                p = WidenHostAlpha16(p);
-                q = WidenHostAlpha16(q);
-            }
-            __m512i blended = Blend(p, q, high, low);
-            if constexpr (Row::kHostAlpha) blended = NarrowHostAlpha16(blended);
-            _mm512_storeu_si512(row.DestinationPixel(d), blended);
-        }
-        return d;
+    PIXTURN_AVX512_FLAT static int32_t BlendWideRow(const Row& row, int32_t toWidth) {
+        return wide_rows::BlendRow<Wide>(row, toWidth);
     }
 };
 
