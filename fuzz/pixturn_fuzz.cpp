@@ -156,7 +156,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // that what start-up allocated is given back within the input, as libFuzzer's
     // leak check counts it (and so is the simulated system's configuration).
     ResetProcessState();
-    pixturn_fuzz::Run(pixturn_fuzz::DecodeFuzzCase(data, size));
+    pixturn_fuzz::FuzzCase fuzzCase = pixturn_fuzz::DecodeFuzzCase(data, size);
+    // Every call of an input is made on this thread, so the host need not lock
+    // against others, though libFuzzer keeps a thread of its own.
+    fuzzCase.host.oneThread = true;
+    pixturn_fuzz::Run(fuzzCase);
     ResetProcessState();
     macos_system::Configure({});
     return 0;

@@ -5,6 +5,8 @@
 #include "simhost/host_state.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <sstream>
 
 #include "platform/macos/macos_system.h"
@@ -38,6 +40,11 @@ HostState::~HostState() {
 
 HostState* HostState::Active() { return gActive; }
 
+void HostState::CalledFromAnotherThread() {
+    std::fputs("simulated host: a host made for one thread was called from another\n", stderr);
+    std::abort();
+}
+
 uintptr_t HostState::NewPicture(Storage storage, int32_t width, int32_t height, Rgba initial) {
     return AddPicture(std::make_unique<PictureStore>(storage, width, height, config.rowPadding, initial));
 }
@@ -67,17 +74,21 @@ HostObject* HostState::Find(const void* handle, const char* caller) {
         Problem(std::string(caller) + " called with nil");
         return nullptr;
     }
-    auto it = objects_.find(TokenOf(handle));
-    if (it == objects_.end()) {
+    HostObject* object = Lookup(TokenOf(handle));
+    if (object == nullptr)
         Problem(std::string(caller) + " called on " + Describe(TokenOf(handle)) + ", which is not alive");
-        return nullptr;
-    }
-    return &it->second;
+    return object;
 }
 
-const HostObject* HostState::Peek(const void* handle) const {
-    auto it = objects_.find(TokenOf(handle));
-    return it == objects_.end() ? nullptr : &it->second;
+const HostObject* HostState::Peek(const void* handle) const { return Lookup(TokenOf(handle)); }
+
+HostObject* HostState::LookUpInMap(uintptr_t token) const {
+    auto it = objects_.find(token);
+    if (it == objects_.end()) return nullptr;
+    recentToken_ = token;
+    // The map is the host's own and never const: only this look-up is.
+    recent_ = const_cast<HostObject*>(&it->second);
+    return recent_;
 }
 
 PictureStore* HostState::PixelsOf(const void* handle, const char* caller) {
@@ -123,6 +134,7 @@ void HostState::SetMask(REALpicture picture, REALpicture mask) {
 }
 
 void HostState::Destroy(uintptr_t token) {
+    if (token == recentToken_) recentToken_ = 0;
     auto node = objects_.extract(token);
     HostObject& object = node.mapped();
     if (object.descriptionLocks > 0 || object.unlocksOwedForFailedLocks > 0)

@@ -7,6 +7,11 @@
 // holds the host's mutex for its whole call (HostAccess), so each sees and leaves
 // the objects and the ledger whole. Pixels are not under it: like the real host,
 // it leaves a picture's pixels to whoever has locked its description.
+//
+// Where no two calls can overlap the mutex is left alone: while the process has
+// only one thread, and in a host made for one thread (HostConfig::oneThread). The
+// fuzz target calls the host for every row of every picture it makes or checks,
+// all from one thread, and spent nearly a tenth of its time on the lock.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +20,15 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
 #include <vector>
+
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#define SIMHOST_KNOWS_SINGLE_THREADED 1
+#endif
 
 #include "simhost/picture_storage.h"
 #include "simhost/simulated_host.h"
@@ -61,6 +74,20 @@ public:
     static HostAccess Enter(const char* entryPoint);
 
     std::mutex mutex;
+    // Whether a call must hold the mutex: no, in a process that has never had a
+    // second thread (glibc says so; elsewhere the answer is always yes), nor in a
+    // host made for one thread, which stops the process when another calls it.
+    bool CallsMayOverlap() const {
+        if (config.oneThread) {
+            if (std::this_thread::get_id() != ownThread_) CalledFromAnotherThread();
+            return false;
+        }
+#if defined(SIMHOST_KNOWS_SINGLE_THREADED)
+        return !__libc_single_threaded;
+#else
+        return true;
+#endif
+    }
 
     const HostConfig config;
     SimulatedHost* const owner;
@@ -68,8 +95,16 @@ public:
 
     // The resolver's bookkeeping.
     std::map<std::string, int> lookups;
-    std::map<std::string, int> calls;
-    void CountCall(const char* entryPoint) { ++calls[entryPoint]; }
+    // Found by the name as given, so that counting a call makes no string: most
+    // entry points' names are too long for one without an allocation.
+    std::map<std::string, int, std::less<>> calls;
+    void CountCall(const char* entryPoint) {
+        const std::string_view name = entryPoint;
+        if (auto it = calls.find(name); it != calls.end())
+            ++it->second;
+        else
+            calls.emplace(name, 1);
+    }
     int newPictureCalls = 0;
 
     // Objects. Find records a problem when the handle is nil or not alive.
@@ -98,19 +133,41 @@ public:
 
 private:
     void Destroy(uintptr_t token);
+    [[noreturn]] static void CalledFromAnotherThread();
+
+    const std::thread::id ownThread_ = std::this_thread::get_id();
+
+    // The object of a token, or null; the last one found is kept at hand, as a
+    // test or the fuzz target asks for the same picture row after row. Tokens are
+    // never reused and map nodes stay put, so only Destroy has to forget it.
+    HostObject* Lookup(uintptr_t token) const {
+        return token == recentToken_ && token != 0 ? recent_ : LookUpInMap(token);
+    }
+    HostObject* LookUpInMap(uintptr_t token) const;
+    mutable uintptr_t recentToken_ = 0;
+    mutable HostObject* recent_ = nullptr;
 
     std::map<uintptr_t, HostObject> objects_;
     uintptr_t lastToken_;
     std::vector<std::string> problems_;
 };
 
-// A host held for one call: its mutex is locked for as long as this lives. Empty
-// (false) when there is no host.
+// A host held for one call: its mutex is locked for as long as this lives, when
+// calls may overlap (HostState::CallsMayOverlap). Empty (false) when there is no
+// host. Two pointers and no lock object, as every entry point and every row a
+// test reads or writes makes one.
 class HostAccess {
 public:
-    explicit HostAccess(HostState* host) : host_(host) {
-        if (host_ != nullptr) lock_ = std::unique_lock(host_->mutex);
+    explicit HostAccess(HostState* host)
+        : host_(host), held_(host != nullptr && host->CallsMayOverlap() ? &host->mutex : nullptr) {
+        if (held_ != nullptr) held_->lock();
     }
+    HostAccess(HostAccess&& other) noexcept : host_(other.host_), held_(std::exchange(other.held_, nullptr)) {}
+    HostAccess& operator=(HostAccess&&) = delete;
+    ~HostAccess() {
+        if (held_ != nullptr) held_->unlock();
+    }
+
     explicit operator bool() const { return host_ != nullptr; }
     HostState* operator->() const { return host_; }
     HostState& operator*() const { return *host_; }
@@ -118,18 +175,19 @@ public:
     // reach yet, such as the pixels of a picture still being made.
     template <typename Work>
     auto Unlocked(Work work) {
+        if (held_ == nullptr) return work();
         struct Relock {
-            std::unique_lock<std::mutex>& lock;
-            ~Relock() { lock.lock(); }
+            std::mutex& mutex;
+            ~Relock() { mutex.lock(); }
         };
-        lock_.unlock();
-        const Relock relock{lock_};
+        held_->unlock();
+        const Relock relock{*held_};
         return work();
     }
 
 private:
     HostState* host_;
-    std::unique_lock<std::mutex> lock_;
+    std::mutex* held_;
 };
 
 inline HostAccess HostState::Enter(const char* entryPoint) {

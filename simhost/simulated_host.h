@@ -73,6 +73,10 @@ struct HostConfig {
     std::optional<Storage> newPictureStorage;
     // Extra bytes at the end of every world row (desktop), so stride errors show.
     int32_t rowPadding = 12;
+    // Called only from the thread that made the host, so no call needs its lock
+    // even in a process with other threads (the fuzz target: libFuzzer keeps one
+    // watching memory). A call from any other thread stops the process.
+    bool oneThread = false;
     macos_system::Configuration system;
 };
 
