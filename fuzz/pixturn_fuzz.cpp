@@ -73,18 +73,18 @@ PictureRecipe RecipeOf(const SimulatedHost& host, REALpicture picture) {
 }
 
 // A picture as stored, with its mask: what a call that does not work in place
-// must leave as it found it. Hashes of the stored bytes, which cost far less
-// than reading the pixels.
+// must leave as it found it. The stored bytes, copied and compared whole, which
+// costs far less than reading the pixels, or than hashing the bytes.
 struct StoredState {
-    size_t picture = 0;
+    std::vector<uint8_t> picture;
     REALpicture mask = nullptr;
-    size_t maskPicture = 0;
+    std::vector<uint8_t> maskPicture;
     friend bool operator==(const StoredState&, const StoredState&) = default;
 };
 
 StoredState StoredStateOf(const SimulatedHost& host, REALpicture picture) {
     REALpicture mask = picture != nullptr ? host.MaskOf(picture) : nullptr;
-    return {host.StoredBytesHash(picture), mask, host.StoredBytesHash(mask)};
+    return {host.StoredBytes(picture), mask, host.StoredBytes(mask)};
 }
 
 // One call on `target`; its picture result, if any, for the caller to release.

@@ -48,6 +48,7 @@ PictureStore::PictureStore(Storage storage, int32_t width, int32_t height, int32
         case Storage::HostBitmap: {
             using namespace host_bitmap;
             rowTable_ = std::make_unique<uint8_t*[]>(height > 0 ? height : 1);
+            rows_.reserve(static_cast<size_t>(std::max(height, 0)));
             for (int32_t y = 0; y < height; ++y) {
                 rows_.emplace_back(new (kRowAlignment) uint8_t[static_cast<size_t>(width) * 4]);
                 rowTable_[y] = rows_.back().get();
@@ -87,34 +88,54 @@ uint8_t* PictureStore::Address(int32_t x, int32_t y) const {
 
 namespace {
 
-// One stored pixel of a storage that keeps bytes, as the host reads and writes it.
+// One stored pixel of a storage that keeps bytes, as the host reads and writes it;
+// a template on the storage, so that a row's loop decides it once.
+template <Storage kind>
+Rgba DecodeAs(const uint8_t* p) {
+    if constexpr (kind == Storage::GWorld32) {
+        return {p[1], p[2], p[3], p[0]};
+    } else if constexpr (kind == Storage::GWorld24) {
+        return {p[0], p[1], p[2], 255};
+    } else if constexpr (kind == Storage::GWorld16) {
+        const uint16_t word = static_cast<uint16_t>(p[0] | p[1] << 8);
+        return {Widen5(word, 10), Widen5(word, 5), Widen5(word, 0), uint8_t(word & 0x8000 ? 255 : 0)};
+    } else {
+        const int alpha = p[3] & 0x7F;
+        return {p[2], p[1], p[0], static_cast<uint8_t>(alpha * 2 + (alpha & 1))};
+    }
+}
+
+template <Storage kind>
+void EncodeAs(uint8_t* p, Rgba pixel) {
+    if constexpr (kind == Storage::GWorld32) {
+        p[0] = pixel.a, p[1] = pixel.r, p[2] = pixel.g, p[3] = pixel.b;
+    } else if constexpr (kind == Storage::GWorld24) {
+        p[0] = pixel.r, p[1] = pixel.g, p[2] = pixel.b;
+    } else if constexpr (kind == Storage::GWorld16) {
+        const uint16_t word = static_cast<uint16_t>((pixel.a >= 128 ? 0x8000 : 0) | (pixel.r >> 3) << 10 |
+                                                    (pixel.g >> 3) << 5 | pixel.b >> 3);
+        p[0] = static_cast<uint8_t>(word);
+        p[1] = static_cast<uint8_t>(word >> 8);
+    } else {
+        p[0] = pixel.b, p[1] = pixel.g, p[2] = pixel.r, p[3] = pixel.a >> 1;
+    }
+}
+
 Rgba Decode(Storage storage, const uint8_t* p) {
     switch (storage) {
-        case Storage::GWorld32: return {p[1], p[2], p[3], p[0]};
-        case Storage::GWorld24: return {p[0], p[1], p[2], 255};
-        case Storage::GWorld16: {
-            const uint16_t word = static_cast<uint16_t>(p[0] | p[1] << 8);
-            return {Widen5(word, 10), Widen5(word, 5), Widen5(word, 0), uint8_t(word & 0x8000 ? 255 : 0)};
-        }
-        default: {
-            const int alpha = p[3] & 0x7F;
-            return {p[2], p[1], p[0], static_cast<uint8_t>(alpha * 2 + (alpha & 1))};
-        }
+        case Storage::GWorld32: return DecodeAs<Storage::GWorld32>(p);
+        case Storage::GWorld24: return DecodeAs<Storage::GWorld24>(p);
+        case Storage::GWorld16: return DecodeAs<Storage::GWorld16>(p);
+        default: return DecodeAs<Storage::HostBitmap>(p);
     }
 }
 
 void Encode(Storage storage, uint8_t* p, Rgba pixel) {
     switch (storage) {
-        case Storage::GWorld32: p[0] = pixel.a, p[1] = pixel.r, p[2] = pixel.g, p[3] = pixel.b; break;
-        case Storage::GWorld24: p[0] = pixel.r, p[1] = pixel.g, p[2] = pixel.b; break;
-        case Storage::GWorld16: {
-            const uint16_t word = static_cast<uint16_t>((pixel.a >= 128 ? 0x8000 : 0) | (pixel.r >> 3) << 10 |
-                                                        (pixel.g >> 3) << 5 | pixel.b >> 3);
-            p[0] = static_cast<uint8_t>(word);
-            p[1] = static_cast<uint8_t>(word >> 8);
-            break;
-        }
-        default: p[0] = pixel.b, p[1] = pixel.g, p[2] = pixel.r, p[3] = pixel.a >> 1; break;
+        case Storage::GWorld32: return EncodeAs<Storage::GWorld32>(p, pixel);
+        case Storage::GWorld24: return EncodeAs<Storage::GWorld24>(p, pixel);
+        case Storage::GWorld16: return EncodeAs<Storage::GWorld16>(p, pixel);
+        default: return EncodeAs<Storage::HostBitmap>(p, pixel);
     }
 }
 
@@ -134,22 +155,51 @@ void PictureStore::Write(int32_t x, int32_t y, Rgba pixel) {
     Encode(storage_, Address(x, y), pixel);
 }
 
+namespace {
+
+constexpr size_t StoredBytes(Storage storage) {
+    return storage == Storage::GWorld24 ? 3 : storage == Storage::GWorld16 ? 2 : 4;
+}
+
+// A row in one storage kind, decided once for the row rather than at every
+// pixel: tests and the fuzz target move every picture they make or check through
+// these a row at a time.
+template <Storage kind>
+void EncodeRow(uint8_t* p, const Rgba* pixels, int32_t width) {
+    for (int32_t x = 0; x < width; ++x, p += StoredBytes(kind)) EncodeAs<kind>(p, pixels[x]);
+}
+
+template <Storage kind>
+void DecodeRow(const uint8_t* p, Rgba* pixels, int32_t width) {
+    for (int32_t x = 0; x < width; ++x, p += StoredBytes(kind)) pixels[x] = DecodeAs<kind>(p);
+}
+
+}  // namespace
+
 void PictureStore::WriteRow(int32_t y, const Rgba* pixels) {
-    if (storage_ == Storage::VectorOnly) {
-        for (int32_t x = 0; x < width_; ++x) Write(x, y, pixels[x]);
-        return;
+    uint8_t* p = storage_ == Storage::VectorOnly ? nullptr : Address(0, y);
+    switch (storage_) {
+        case Storage::GWorld32: return EncodeRow<Storage::GWorld32>(p, pixels, width_);
+        case Storage::GWorld24: return EncodeRow<Storage::GWorld24>(p, pixels, width_);
+        case Storage::GWorld16: return EncodeRow<Storage::GWorld16>(p, pixels, width_);
+        case Storage::HostBitmap: return EncodeRow<Storage::HostBitmap>(p, pixels, width_);
+        case Storage::VectorOnly:
+            for (int32_t x = 0; x < width_; ++x) Write(x, y, pixels[x]);
+            return;
     }
-    uint8_t* p = Address(0, y);
-    for (int32_t x = 0; x < width_; ++x, p += BytesPerPixel()) Encode(storage_, p, pixels[x]);
 }
 
 void PictureStore::ReadRow(int32_t y, Rgba* pixels) const {
-    if (storage_ == Storage::VectorOnly) {
-        for (int32_t x = 0; x < width_; ++x) pixels[x] = Read(x, y);
-        return;
+    const uint8_t* p = storage_ == Storage::VectorOnly ? nullptr : Address(0, y);
+    switch (storage_) {
+        case Storage::GWorld32: return DecodeRow<Storage::GWorld32>(p, pixels, width_);
+        case Storage::GWorld24: return DecodeRow<Storage::GWorld24>(p, pixels, width_);
+        case Storage::GWorld16: return DecodeRow<Storage::GWorld16>(p, pixels, width_);
+        case Storage::HostBitmap: return DecodeRow<Storage::HostBitmap>(p, pixels, width_);
+        case Storage::VectorOnly:
+            for (int32_t x = 0; x < width_; ++x) pixels[x] = Read(x, y);
+            return;
     }
-    const uint8_t* p = Address(0, y);
-    for (int32_t x = 0; x < width_; ++x, p += BytesPerPixel()) pixels[x] = Decode(storage_, p);
 }
 
 std::vector<uint8_t> PictureStore::RawBytes(int32_t x, int32_t y) const {
@@ -163,21 +213,33 @@ void PictureStore::SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>&
     std::memcpy(Address(x, y), bytes.data(), bytes.size());
 }
 
-size_t PictureStore::StoredBytesHash() const {
-    const auto hash = [](const void* bytes, size_t length) {
-        return std::hash<std::string_view>{}(std::string_view(static_cast<const char*>(bytes), length));
-    };
-    size_t combined = 0;
-    if (width_ <= 0 || height_ <= 0) return combined;
+template <typename EachRow>
+void PictureStore::ForEachStoredRow(EachRow eachRow) const {
+    if (width_ <= 0 || height_ <= 0) return;
     // A drawing keeps no bytes of its own: what it shows stands for them.
     std::vector<Rgba> shown(storage_ == Storage::VectorOnly ? width_ : 0);
     const size_t rowLength = static_cast<size_t>(width_) * (shown.empty() ? BytesPerPixel() : sizeof(Rgba));
     for (int32_t y = 0; y < height_; ++y) {
         if (!shown.empty()) ReadRow(y, shown.data());
-        const void* row = shown.empty() ? static_cast<const void*>(Address(0, y)) : shown.data();
-        combined = combined * 1000003 ^ hash(row, rowLength);
+        const auto* row = shown.empty() ? Address(0, y) : reinterpret_cast<const uint8_t*>(shown.data());
+        eachRow(row, rowLength);
     }
+}
+
+size_t PictureStore::StoredBytesHash() const {
+    size_t combined = 0;
+    ForEachStoredRow([&combined](const uint8_t* row, size_t length) {
+        const std::string_view bytes(reinterpret_cast<const char*>(row), length);
+        combined = combined * 1000003 ^ std::hash<std::string_view>{}(bytes);
+    });
     return combined;
+}
+
+std::vector<uint8_t> PictureStore::StoredBytes() const {
+    std::vector<uint8_t> bytes;
+    if (width_ > 0 && height_ > 0) bytes.reserve(static_cast<size_t>(width_) * static_cast<size_t>(height_) * 4);
+    ForEachStoredRow([&bytes](const uint8_t* row, size_t length) { bytes.insert(bytes.end(), row, row + length); });
+    return bytes;
 }
 
 void PictureStore::Fill(Rgba pixel) {

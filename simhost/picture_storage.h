@@ -46,8 +46,9 @@ public:
     void ReadRow(int32_t y, Rgba* pixels) const;
     std::vector<uint8_t> RawBytes(int32_t x, int32_t y) const;
     void SetRawBytes(int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
-    // A hash of every pixel's stored bytes, row after row, without a world's row
-    // padding.
+    // Every pixel's stored bytes, row after row, without a world's row padding,
+    // and a hash of them.
+    std::vector<uint8_t> StoredBytes() const;
     size_t StoredBytesHash() const;
 
     // Every pixel set to one colour, as Write would store it. A whole row at a
@@ -70,6 +71,8 @@ public:
 private:
     int32_t BytesPerPixel() const;
     uint8_t* Address(int32_t x, int32_t y) const;
+    template <typename EachRow>
+    void ForEachStoredRow(EachRow eachRow) const;
 
     Storage storage_;
     int32_t width_;

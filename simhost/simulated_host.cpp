@@ -90,6 +90,12 @@ void SimulatedHost::SetRawPixel(REALpicture picture, int32_t x, int32_t y, const
         store->SetRawBytes(x, y, bytes);
 }
 
+std::vector<uint8_t> SimulatedHost::StoredBytes(REALpicture picture) const {
+    const HostAccess state = Hold(state_);
+    const internal::HostObject* object = state->Peek(picture);
+    return object != nullptr && object->store ? object->store->StoredBytes() : std::vector<uint8_t>{};
+}
+
 size_t SimulatedHost::StoredBytesHash(REALpicture picture) const {
     const HostAccess state = Hold(state_);
     const internal::HostObject* object = state->Peek(picture);

@@ -144,8 +144,10 @@ public:
     // the top bit of a host bitmap's alpha byte). Not for VectorOnly pictures.
     std::vector<uint8_t> RawPixel(REALpicture picture, int32_t x, int32_t y) const;
     void SetRawPixel(REALpicture picture, int32_t x, int32_t y, const std::vector<uint8_t>& bytes);
-    // A hash of RawPixel of every pixel, row by row (VectorOnly pictures: of
-    // what they show), to tell cheaply whether a picture changed; 0 for nil.
+    // RawPixel of every pixel, row by row (VectorOnly pictures: what they show),
+    // to tell whether a picture changed: the bytes themselves (empty for nil),
+    // or a hash of them (0 for nil) where many results must be kept.
+    std::vector<uint8_t> StoredBytes(REALpicture picture) const;
     size_t StoredBytesHash(REALpicture picture) const;
     Storage StorageOf(REALpicture picture) const;
     int32_t Width(REALpicture picture) const;
