@@ -13,12 +13,16 @@ fi
 # libgtest-dev for the tests; Debian's cross compilers for 32-bit x86, ARM and
 # arm64, QEMU's user-mode emulators and googletest (sources) for those builds;
 # clang and its runtime libraries for the libFuzzer target,
-# llvm-14's llvm-cov and llvm-profdata for the coverage report, chromium for the
+# llvm-14's llvm-cov and llvm-profdata for the coverage report and its llvm-objdump,
+# llvm-lipo and llvm-strip for the Mac libraries, chromium for the
 # tests that open the demo's gallery and the plug-in file's help, the mingw-w64
 # compilers (POSIX threads) for the two Windows DLLs, wine64 for the 64-bit
 # Windows tests, mawk for the help's generator (a required package, named so
-# that it is never assumed).
-exec bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
+# that it is never assumed), lld-14's ld64.lld, which links the Mac libraries,
+# and openssl, which checks Zig's download (scripts/install-zig.sh, the Mac
+# libraries' compiler).
+bash "$(dirname "$0")/install-missing.sh" "${demo[@]}" libgtest-dev \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu googletest qemu-user \
   clang libclang-rt-14-dev llvm-14 chromium \
-  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix wine64 mawk "$@"
+  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix wine64 mawk lld-14 openssl "$@"
+exec bash "$(dirname "$0")/install-zig.sh"
