@@ -1,11 +1,33 @@
 // Which paths this processor runs, asked of the processor itself: x86's CPUID
 // through the compiler's builtin, 32-bit ARM's hardware capabilities through the
-// kernel's auxiliary vector.
+// kernel's auxiliary vector. On an Intel Mac the kernel answers for x86: macOS
+// turns a thread's AVX-512 registers on at their first use, so CPUID's view of
+// the enabled registers says no AVX-512 on a Mac that has it (and the Mac
+// library's runtime has no CPUID builtin).
 #include "transforms/processor_paths.h"
 
 #if defined(__arm__)
 #include <asm/hwcap.h>
 #include <sys/auxv.h>
+#endif
+#if defined(PIXTURN_X86_PATHS) && defined(__APPLE__)
+#include <sys/sysctl.h>
+
+#include <cstddef>
+
+namespace {
+
+bool MacHasFeature(const char* name) {
+    int present = 0;
+    size_t size = sizeof present;
+    return sysctlbyname(name, &present, &size, nullptr, 0) == 0 && present != 0;
+}
+
+}  // namespace
+
+#define PIXTURN_X86_HAS(macName, builtinName) MacHasFeature(macName)
+#elif defined(PIXTURN_X86_PATHS)
+#define PIXTURN_X86_HAS(macName, builtinName) __builtin_cpu_supports(builtinName)
 #endif
 
 bool Supports(ProcessorPath path) {
@@ -13,8 +35,9 @@ bool Supports(ProcessorPath path) {
         case ProcessorPath::kPortable: return true;
 #if defined(PIXTURN_X86_PATHS)
         case ProcessorPath::kSse2: return true;
-        case ProcessorPath::kAvx2: return __builtin_cpu_supports("avx2");
-        case ProcessorPath::kAvx512: return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw");
+        case ProcessorPath::kAvx2: return PIXTURN_X86_HAS("hw.optional.avx2_0", "avx2");
+        case ProcessorPath::kAvx512:
+            return PIXTURN_X86_HAS("hw.optional.avx512f", "avx512f") && PIXTURN_X86_HAS("hw.optional.avx512bw", "avx512bw");
 #elif defined(__aarch64__)
         case ProcessorPath::kNeon: return true;
 #elif defined(__arm__)
@@ -31,7 +54,7 @@ bool Supports(ProcessorPath path) {
 // __builtin_cpu_init makes x86's answer independent of the order in which the
 // library's initialisers run.
 static const ProcessorPath gFastestPath = [] {
-#if defined(PIXTURN_X86_PATHS)
+#if defined(PIXTURN_X86_PATHS) && !defined(__APPLE__)
     __builtin_cpu_init();
 #endif
     for (const ProcessorPath path :
