@@ -6,6 +6,8 @@
 // lives in an anonymous memory file rather than in $TMPDIR, which may be full,
 // missing, read-only or mounted noexec, and its size is checked before it is
 // loaded: a truncated library would load and then fault in the middle of a call.
+// A Mac library (Mach-O) goes to the loader of plugin_library_macho.cpp instead,
+// which maps a fresh instance at every load.
 #include <dlfcn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -18,6 +20,9 @@
 #include <vector>
 
 #include "simhost/simulated_host.h"
+#if defined(SIMHOST_LOADS_MAC_LIBRARIES)
+#include "simhost/macho_loader.h"
+#endif
 
 namespace simhost {
 
@@ -55,6 +60,13 @@ std::string CopyIntoMemory(const std::string& libraryPath) {
 }  // namespace
 
 PluginLibrary::PluginLibrary(SimulatedHost& host, const std::string& libraryPath, Instance instance) : host_(host) {
+#if defined(SIMHOST_LOADS_MAC_LIBRARIES)
+    if (internal::IsMachOFile(libraryPath)) {
+        const internal::LoadedMacPlugin loaded = internal::LoadMacPlugin(libraryPath, host.config().kind);
+        loaded.pluginMain(loaded.resolver);
+        return;
+    }
+#endif
     if (instance == Instance::InPlace && dlopen(libraryPath.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr)
         throw LoadError(libraryPath, "it is loaded already, and a plug-in starts once per process");
     const std::string loaded = instance == Instance::Fresh ? CopyIntoMemory(libraryPath) : libraryPath;

@@ -22,6 +22,7 @@ namespace {
 void Configure(const Configuration&) {}
 
 std::vector<std::string> QuickDrawFunctionNames() { return {}; }
+void* QuickDrawFunction(const std::string&) { return nullptr; }
 
 Counters GetCounters() { return {}; }
 

@@ -27,6 +27,10 @@ void Configure(const Configuration& configuration);
 
 // Every function the framework can hand out, whatever the configuration.
 std::vector<std::string> QuickDrawFunctionNames();
+// The address the framework hands out for one of them, whatever the
+// configuration (null for any other name): for a loader that must know which
+// function a library was handed.
+void* QuickDrawFunction(const std::string& name);
 
 struct Counters {
     int frameworkLoads = 0;               // CFBundleCreate calls that found the framework

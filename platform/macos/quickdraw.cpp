@@ -167,6 +167,8 @@ void* QuickDrawFunctionNamed(const std::string& name) {
 
 }  // namespace internal
 
+void* QuickDrawFunction(const std::string& name) { return internal::QuickDrawFunctionNamed(name); }
+
 std::vector<std::string> QuickDrawFunctionNames() {
     std::vector<std::string> names;
     for (const internal::NamedFunction& function : internal::kFunctions) names.push_back(function.name);
