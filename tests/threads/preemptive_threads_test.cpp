@@ -1,6 +1,8 @@
 // The methods called from many threads at once, as a Xojo program's preemptive
 // threads call them. Built only with ThreadSanitizer, which fails the test at the
-// first data race; in any other build the test fails, races there going unseen.
+// first data race; in any other build the test fails, races there going unseen,
+// except against a library no sanitizer can see into (the Mac libraries, loaded
+// by the simulated host's own loader), where its results and ledger still count.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -78,7 +80,7 @@ protected:
 // A fresh instance of the plug-in: the threads' first calls race to look the entry
 // points up, load the framework and its functions, and decide the host kind.
 TEST_P(PreemptiveThreads, EveryMethodGivesWhatOneThreadGivesAndNothingStaysHeld) {
-#ifndef __SANITIZE_THREAD__
+#if !defined(__SANITIZE_THREAD__) && !defined(PIXTURN_PLUGIN_UNINSTRUMENTED)
     FAIL() << "only a ThreadSanitizer build sees data races";
 #endif
     ExpectWhatOneThreadGives(false, 20);
