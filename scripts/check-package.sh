@@ -2,7 +2,8 @@
 # The check of the Xojo plug-in file that make test ends with: unpacks it and
 # checks its tree (exactly the README table's targets, one library each, a help
 # folder without sub-folders), each library for its target's machine with
-# scripts/check-library.sh (scripts/check-dll.sh for a DLL), and the help in
+# scripts/check-library.sh (scripts/check-dll.sh for a DLL, scripts/check-macho.sh
+# for a Mac library), and the help in
 # headless Chromium (every picture loads, every link resolves). Ends with one
 # line, "package check: PASS ..." or "package check: FAIL ...", and exits 0 or
 # 1 with it.
@@ -28,8 +29,11 @@ while IFS=$'\t' read -r target preset library machine; do
   expected+="d $target"$'\n'
   targets=$((targets + 1))
   [ "$(listing "$resources/$target")" = "f $library" ] || fail "$target: not exactly $library"
-  check=scripts/check-library.sh
-  [[ "$library" != *.dll ]] || check=scripts/check-dll.sh
+  case "$library" in
+    *.dll) check=scripts/check-dll.sh ;;
+    *.dylib) check=scripts/check-macho.sh ;;
+    *) check=scripts/check-library.sh ;;
+  esac
   bash "$check" "$resources/$target/$library" "$machine" || fail "$target: $check $machine"
 done < <(bash scripts/package-targets.sh)
 [ "$(listing "$resources")" = "$(printf '%s' "$expected" | sort)" ] || fail "Build Resources/ is not the README's targets"

@@ -4,7 +4,10 @@
 #   PixTurn/Build Resources/<target>/<library>       one per target of the README's table
 #   PixTurn/IDE Resources/Help/index.html            the method reference, with its pictures beside it
 # Each target's library is built with its preset (only the PixTurn target, in the
-# build folder make test uses) and stripped with that toolchain's strip. The help
+# build folder make test uses) and stripped with that toolchain's strip; a Mac
+# library is linked stripped and goes in as it is, since a strip afterwards
+# would break the arm64 library's signature, and a universal one is its slices'
+# libraries joined by llvm-lipo. The help
 # takes its text from the README and its pictures from `pixturn demo` on the
 # test card, run by the default build's pixturn.
 # Usage: JOBS=N scripts/package.sh
@@ -23,10 +26,22 @@ build() {
 
 while IFS=$'\t' read -r target preset library machine; do
   echo "package: $target ($machine) from build/$preset"
-  build "$preset" PixTurn
-  strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$preset/CMakeCache.txt")
-  mkdir -p "$tree/PixTurn/Build Resources/$target"
-  "$strip" --strip-unneeded -o "$tree/PixTurn/Build Resources/$target/$library" "build/$preset/$library"
+  read -ra presets <<<"${preset//+/ }"
+  destination="$tree/PixTurn/Build Resources/$target/$library"
+  mkdir -p "$(dirname "$destination")"
+  slices=()
+  for each in "${presets[@]}"; do
+    build "$each" PixTurn
+    slices+=("build/$each/$library")
+  done
+  if [ ${#slices[@]} -gt 1 ]; then
+    /usr/lib/llvm-14/bin/llvm-lipo -create -output "$destination" "${slices[@]}"
+  elif [[ "$library" == *.dylib ]]; then
+    cp "build/$preset/$library" "$destination"
+  else
+    strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$preset/CMakeCache.txt")
+    "$strip" --strip-unneeded -o "$destination" "build/$preset/$library"
+  fi
 done < <(bash scripts/package-targets.sh)
 
 echo "package: the help, with pixturn demo's pictures"
