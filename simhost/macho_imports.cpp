@@ -150,7 +150,7 @@ void* CLibraryFunction(const std::string& symbol) {
 void* FrameworkFunction(const std::string& library, const std::string& symbol, HostKind kind) {
     const bool coreServices = symbol == "_FSFindFolder";
     if (coreServices != (library == kCoreServices)) return nullptr;
-    if (symbol == "_CFBundleGetFunctionPointerForName" && kind != HostKind::Desktop)
+    if (symbol == "_CFBundleGetFunctionPointerForName" && (kind == HostKind::Console || kind == HostKind::Web))
         return Address(&NoQuickDrawOn64BitMac);
     return Find(std::begin(kFrameworkNames), std::end(kFrameworkNames), symbol);
 }

@@ -161,6 +161,7 @@ struct Image {
     std::vector<std::string> libraries;  // install names by ordinal - 1
     FixupTable rebase, bind, weakBind, lazyBind, exports;
     bool classicFixups = false;
+    uint64_t headerAddress = 0;  // the Mach header's, from which exports and initialiser offsets count
 };
 
 std::string LibraryName(const Bytes& slice, uint64_t command, uint32_t commandSize) {
@@ -230,7 +231,10 @@ Image ReadLoadCommands(const Bytes& slice) {
         command += size;
     }
     if (!image.classicFixups) throw LoadFailure(path, "no fix-up tables (LC_DYLD_INFO_ONLY)");
-    if (image.segments.empty()) throw LoadFailure(path, "no segments");
+    const auto header = std::find_if(image.segments.begin(), image.segments.end(),
+                                     [](const Segment& segment) { return segment.fileOffset == 0 && segment.fileSize > 0; });
+    if (header == image.segments.end()) throw LoadFailure(path, "no segment holds its header");
+    image.headerAddress = header->address;
     return image;
 }
 
@@ -451,9 +455,8 @@ void BindImports(const Bytes& slice, const Image& image, const Mapping& mapping,
     ReadBinds(slice, image.weakBind, false, [](uint64_t, uint64_t, int64_t, const std::string&, bool, int64_t) {});
 }
 
-// The address of `wanted` in the export trie, from the image's lowest address.
+// The address of `wanted` in the export trie, from the Mach header's.
 uint64_t ExportedAddress(const Bytes& slice, const Image& image, const std::string& wanted) {
-    const uint8_t* trie = slice.At(image.exports.offset, image.exports.size, "the export trie");
     const uint64_t size = image.exports.size;
     uint64_t node = 0;
     size_t matched = 0;
@@ -480,7 +483,6 @@ uint64_t ExportedAddress(const Bytes& slice, const Image& image, const std::stri
         if (next == 0 || next >= size) break;
         node = next;
     }
-    (void)trie;
     throw LoadFailure(slice.path(), "exports no " + wanted);
 }
 
@@ -495,7 +497,7 @@ void RunInitialisers(const Image& image, const Mapping& mapping) {
             for (uint64_t at = 0; at + 4 <= section.size; at += 4) {
                 uint32_t offset;
                 std::memcpy(&offset, offsets + at, sizeof offset);
-                reinterpret_cast<void (*)()>(mapping.AtAddress(section.address - section.address + offset, 1))();
+                reinterpret_cast<void (*)()>(mapping.AtAddress(image.headerAddress + offset, 1))();
             }
         }
     }
@@ -527,7 +529,7 @@ LoadedMacPlugin LoadMacPlugin(const std::string& path, HostKind kind) {
     Rebase(slice, image, mapping);
     BindImports(slice, image, mapping, kind);
     const uint64_t entry = ExportedAddress(slice, image, "_REALPluginMain");
-    auto pluginMain = reinterpret_cast<void (*)(REALResolver)>(mapping.AtAddress(image.segments.front().address + entry, 1));
+    auto pluginMain = reinterpret_cast<void (*)(REALResolver)>(mapping.AtAddress(image.headerAddress + entry, 1));
     mapping.Protect();
     mapping.Keep();
     RunInitialisers(image, mapping);
