@@ -15,15 +15,7 @@
 #if defined(_WIN32) && !defined(PIXTURN_STAND_INS_LINKED)
 #define PIXTURN_NO_SYSTEM_FRAMEWORKS
 #elif !defined(__APPLE__) && !defined(_WIN32)
-#pragma weak kCFAllocatorSystemDefault
-#pragma weak __CFStringMakeConstantString
-#pragma weak CFURLCreateFromFSRef
-#pragma weak CFURLCreateCopyAppendingPathComponent
-#pragma weak CFBundleCreate
-#pragma weak CFBundleLoadExecutable
-#pragma weak CFBundleGetFunctionPointerForName
-#pragma weak CFRelease
-#pragma weak FSFindFolder
+#include "platform/macos/weak_frameworks.h"
 #endif
 
 namespace {

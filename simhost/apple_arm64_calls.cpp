@@ -42,15 +42,11 @@
 #include <cstring>
 #include <string>
 
-#include "platform/macos/CoreServices.h"
 #include "platform/macos/QuickDraw.h"
 #include "platform/macos/macos_system.h"
+#include "platform/macos/weak_frameworks.h"
 #include "simhost/entry_points.h"
 #include "simhost/macho_loader.h"
-
-#pragma weak CFBundleLoadExecutable
-#pragma weak CFBundleGetFunctionPointerForName
-#pragma weak FSFindFolder
 
 namespace simhost::internal {
 

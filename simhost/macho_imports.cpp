@@ -32,20 +32,8 @@
 #include <cstring>
 #include <string>
 
-#include "platform/macos/CoreServices.h"
+#include "platform/macos/weak_frameworks.h"
 #include "simhost/macho_loader.h"
-
-// Only a process that loaded the stand-ins has them (simhost_without_macos has
-// none): weak references, null there.
-#pragma weak kCFAllocatorSystemDefault
-#pragma weak __CFStringMakeConstantString
-#pragma weak CFURLCreateFromFSRef
-#pragma weak CFURLCreateCopyAppendingPathComponent
-#pragma weak CFBundleCreate
-#pragma weak CFBundleLoadExecutable
-#pragma weak CFBundleGetFunctionPointerForName
-#pragma weak CFRelease
-#pragma weak FSFindFolder
 
 namespace simhost::internal {
 
