@@ -5,8 +5,9 @@
 # a dylib for that processor that exports _REALPluginMain alone, loads nothing
 # but libSystem, CoreFoundation and CoreServices, asks for macOS 11.0 or later,
 # is linked with the classic fix-up tables (which macOS 11 reads, as does the
-# simulated host's loader) and, on arm64, carries a signature, without which
-# Apple silicon runs none of its code. LLVM's tools read Mach-O; GNU's do not.
+# simulated host's loader) and, on arm64, carries a signature whose page hashes
+# match the file, without which Apple silicon runs none of its code. LLVM's
+# tools read Mach-O; GNU's do not.
 # Usage: scripts/check-macho.sh LIBRARY "MACHINES"; prints what is wrong, exits
 # 1 if anything is.
 set -euo pipefail
@@ -17,6 +18,42 @@ problems=0
 problem() {
   echo "$library: $*" >&2
   problems=1
+}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# A 32-bit word of FILE at byte OFFSET, big- or little-endian.
+word() { od -An -tu4 -j "$3" -N4 --endian="$1" "$2" | tr -d ' '; }
+byte() { od -An -tu1 -j "$2" -N1 "$1" | tr -d ' '; }
+
+# Whether the ad hoc signature of the single-processor Mach-O FILE holds: every
+# page up to the code limit hashes (SHA-256) to its slot in the code directory.
+signature_holds() {
+  local file=$1 at=32 commands signature="" index count offset directory
+  commands=$(word little "$file" 16)
+  for ((index = 0; index < commands; index++)); do
+    [ "$(word little "$file" "$at")" = 29 ] && signature=$(word little "$file" $((at + 8)))
+    at=$((at + $(word little "$file" $((at + 4)))))
+  done
+  [ -n "$signature" ] || return 1
+  count=$(word big "$file" $((signature + 8)))
+  for ((index = 0; index < count; index++)); do
+    offset=$(word big "$file" $((signature + 16 + 8 * index)))
+    [ "$(word big "$file" $((signature + offset)))" = $((0xfade0c02)) ] && directory=$((signature + offset))
+  done
+  [ -n "${directory:-}" ] && [ "$(byte "$file" $((directory + 37)))" = 2 ] || return 1
+  local hashes slots limit size page expected actual
+  hashes=$((directory + $(word big "$file" $((directory + 16)))))
+  slots=$(word big "$file" $((directory + 28)))
+  limit=$(word big "$file" $((directory + 32)))
+  size=$(byte "$file" $((directory + 36)))
+  page=$((1 << $(byte "$file" $((directory + 39)))))
+  for ((index = 0; index < slots; index++)); do
+    expected=$(od -An -tx1 -v -j $((hashes + index * size)) -N "$size" "$file" | tr -d ' \n')
+    actual=$(tail -c +$((index * page + 1)) "$file" | head -c $((limit - index * page < page ? limit - index * page : page)) |
+      openssl dgst -sha256 -binary | head -c "$size" | od -An -tx1 -v | tr -d ' \n')
+    [ "$expected" = "$actual" ] || return 1
+  done
 }
 
 archs=$("$llvm/llvm-lipo" -archs "$library" 2>&1) || { problem "not a Mach-O file: $archs"; exit 1; }
@@ -43,7 +80,8 @@ for machine in "${machines[@]}"; do
   grep -qE '^ +minos 11\.0$' <<<"$commands" || in_slice "its lowest macOS is not 11.0"
   grep -qE '^ +cmd LC_DYLD_INFO_ONLY$' <<<"$commands" || in_slice "no classic fix-up tables (LC_DYLD_INFO_ONLY)"
   if [ "$machine" = arm64 ]; then
-    grep -qE '^ +cmd LC_CODE_SIGNATURE$' <<<"$commands" || in_slice "not signed"
+    "$llvm/llvm-lipo" -thin arm64 -output "$work/arm64" "$library" 2>/dev/null || cp "$library" "$work/arm64"
+    signature_holds "$work/arm64" || in_slice "not signed, or its signature does not match its pages"
   fi
 done
 exit "$problems"

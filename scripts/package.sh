@@ -5,9 +5,9 @@
 #   PixTurn/IDE Resources/Help/index.html            the method reference, with its pictures beside it
 # Each target's library is built with its preset (only the PixTurn target, in the
 # build folder make test uses) and stripped with that toolchain's strip; a Mac
-# library is linked stripped and goes in as it is, since a strip afterwards
-# would break the arm64 library's signature, and a universal one is its slices'
-# libraries joined by llvm-lipo. The help
+# library with llvm-strip, which reads Mach-O and signs an arm64 library anew
+# (GNU strip reads neither), and a universal one is its slices, stripped,
+# joined by llvm-lipo. The help
 # takes its text from the README and its pictures from `pixturn demo` on the
 # test card, run by the default build's pixturn.
 # Usage: JOBS=N scripts/package.sh
@@ -32,15 +32,19 @@ while IFS=$'\t' read -r target preset library machine; do
   slices=()
   for each in "${presets[@]}"; do
     build "$each" PixTurn
-    slices+=("build/$each/$library")
+    slices+=("$out/$each-$library")
+    if [[ "$library" == *.dylib ]]; then
+      /usr/lib/llvm-14/bin/llvm-strip -x -S -o "${slices[-1]}" "build/$each/$library"
+    else
+      strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$each/CMakeCache.txt")
+      "$strip" --strip-unneeded -o "${slices[-1]}" "build/$each/$library"
+    fi
   done
   if [ ${#slices[@]} -gt 1 ]; then
     /usr/lib/llvm-14/bin/llvm-lipo -create -output "$destination" "${slices[@]}"
-  elif [[ "$library" == *.dylib ]]; then
-    cp "build/$preset/$library" "$destination"
+    rm "${slices[@]}"
   else
-    strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$preset/CMakeCache.txt")
-    "$strip" --strip-unneeded -o "$destination" "build/$preset/$library"
+    mv "${slices[0]}" "$destination"
   fi
 done < <(bash scripts/package-targets.sh)
 
