@@ -36,6 +36,7 @@
 //     refuses the load; the rest as they are
 // An entry point the table does not know stops the process with its name: a
 // new one needs its shape decided here first.
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -75,10 +76,10 @@ struct WidenedResult<function> {
 // at every hand-out, so the one slot per kind never changes once set.
 template <typename Kind, typename Result, typename... Arguments>
 struct WidenedHandedOut {
-    static inline Result (*function)(Arguments...) = nullptr;
-    static int32_t Call(Arguments... arguments) { return function(arguments...); }
+    static inline std::atomic<Result (*)(Arguments...)> function{nullptr};
+    static int32_t Call(Arguments... arguments) { return function.load(std::memory_order_relaxed)(arguments...); }
     static void* For(void* address) {
-        function = reinterpret_cast<Result (*)(Arguments...)>(address);
+        function.store(reinterpret_cast<Result (*)(Arguments...)>(address), std::memory_order_relaxed);
         return Address(&Call);
     }
 };
@@ -105,19 +106,21 @@ void* FunctionPointerForName(CFBundleRef bundle, CFStringRef name) {
 // that slot.
 using DrawPictureMethod = void (*)(REALobject, REALpicture, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
                                    int32_t, int32_t);
-DrawPictureMethod gDrawPicture = nullptr;
+std::atomic<DrawPictureMethod> gDrawPicture{nullptr};
 
 void DrawPictureFromApple(REALobject graphics, REALpicture image, int32_t x, int32_t y, int32_t w, int32_t h,
                           int32_t sx, int32_t sy, uint64_t packedSwSh) {
-    gDrawPicture(graphics, image, x, y, w, h, sx, sy, static_cast<int32_t>(packedSwSh & 0xffffffffu),
-                 static_cast<int32_t>(packedSwSh >> 32));
+    gDrawPicture.load(std::memory_order_relaxed)(graphics, image, x, y, w, h, sx, sy,
+                                                 static_cast<int32_t>(packedSwSh & 0xffffffffu),
+                                                 static_cast<int32_t>(packedSwSh >> 32));
 }
 
 void* LoadObjectMethod(REALobject object, const char* declaration) {
     void* method = entry::REALLoadObjectMethod(object, declaration);
     if (method == nullptr) return nullptr;
-    if (std::strcmp(declaration, kDrawPictureDeclaration) != 0) NoAdapter(std::string("the host method ") + declaration);
-    gDrawPicture = reinterpret_cast<DrawPictureMethod>(method);
+    if (std::strcmp(declaration, kDrawPictureDeclaration) != 0)
+        NoAdapter(std::string("the host method ") + declaration);
+    gDrawPicture.store(reinterpret_cast<DrawPictureMethod>(method), std::memory_order_relaxed);
     return Address(&DrawPictureFromApple);
 }
 
@@ -148,11 +151,12 @@ asm(".text\n"
     "    b PixturnAppleSnprintf\n"
     ".size PixturnAppleSnprintfEntry, .-PixturnAppleSnprintfEntry\n");
 
-// The C library's variadic functions: only snprintf has an adapter.
+// The C library's functions that take variadic arguments or a va_list (Apple's
+// is a pointer, glibc's a structure): only snprintf has an adapter.
 constexpr const char* kVariadicCFunctions[] = {
-    "_printf",  "_fprintf", "_sprintf",  "_vprintf", "_vfprintf", "_vsprintf", "_vsnprintf", "_asprintf", "_dprintf",
-    "_scanf",   "_fscanf",  "_sscanf",   "_open",    "_openat",   "_fcntl",    "_ioctl",     "_syslog",   "_execl",
-    "_execle",  "_execlp",  "___sprintf_chk", "___snprintf_chk"};
+    "_printf",  "_fprintf", "_sprintf", "_vprintf", "_vfprintf",      "_vsprintf",      "_vsnprintf", "_asprintf",
+    "_dprintf", "_scanf",   "_fscanf",  "_sscanf",  "_open",          "_openat",        "_fcntl",     "_ioctl",
+    "_syslog",  "_execl",   "_execle",  "_execlp",  "___sprintf_chk", "___snprintf_chk"};
 
 struct Adapted {
     void* address;

@@ -57,12 +57,15 @@ FILE* gStandardError = stderr;
 
 extern "C" void __stack_chk_fail();
 
-int SysctlByName(const char* name, void* value, size_t* size, void* newValue, size_t) {
+int SysctlByName([[maybe_unused]] const char* name, void* value, size_t* size, void* newValue, size_t) {
     bool present = false;
 #if defined(__x86_64__)
-    if (std::strcmp(name, "hw.optional.avx2_0") == 0) present = __builtin_cpu_supports("avx2");
-    else if (std::strcmp(name, "hw.optional.avx512f") == 0) present = __builtin_cpu_supports("avx512f");
-    else if (std::strcmp(name, "hw.optional.avx512bw") == 0) present = __builtin_cpu_supports("avx512bw");
+    if (std::strcmp(name, "hw.optional.avx2_0") == 0)
+        present = __builtin_cpu_supports("avx2");
+    else if (std::strcmp(name, "hw.optional.avx512f") == 0)
+        present = __builtin_cpu_supports("avx512f");
+    else if (std::strcmp(name, "hw.optional.avx512bw") == 0)
+        present = __builtin_cpu_supports("avx512bw");
     else
 #endif
     {
@@ -147,8 +150,10 @@ void* FrameworkFunction(const std::string& library, const std::string& symbol, H
 
 void* MacImport(const std::string& library, const std::string& symbol, MacProcessor processor, HostKind kind) {
     void* address = nullptr;
-    if (library == kLibSystem) address = CLibraryFunction(symbol);
-    else if (library == kCoreFoundation || library == kCoreServices) address = FrameworkFunction(library, symbol, kind);
+    if (library == kLibSystem)
+        address = CLibraryFunction(symbol);
+    else if (library == kCoreFoundation || library == kCoreServices)
+        address = FrameworkFunction(library, symbol, kind);
     if (address == nullptr || processor == MacProcessor::X86_64) return address;
 #if defined(__aarch64__)
     return AppleArm64Callable(symbol, address);

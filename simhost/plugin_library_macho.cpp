@@ -85,7 +85,7 @@ const char* CpuName(uint32_t cpu) {
 }
 
 class LoadFailure : public std::runtime_error {
-public:
+   public:
     LoadFailure(const std::string& path, const std::string& why)
         : std::runtime_error("cannot load " + path + ": " + why) {}
 };
@@ -93,11 +93,12 @@ public:
 // Bounds-checked reads of the file's bytes: every offset the file gives is
 // checked against its length before it is followed.
 class Bytes {
-public:
+   public:
     Bytes(const std::string& path, const uint8_t* data, size_t size) : path_(path), data_(data), size_(size) {}
 
     const uint8_t* At(uint64_t offset, uint64_t length, const char* what) const {
-        if (offset > size_ || length > size_ - offset) throw LoadFailure(path_, std::string("truncated: ") + what + " lies past its end");
+        if (offset > size_ || length > size_ - offset)
+            throw LoadFailure(path_, std::string("truncated: ") + what + " lies past its end");
         return data_ + offset;
     }
     template <typename Value>
@@ -106,11 +107,13 @@ public:
         std::memcpy(&value, At(offset, sizeof value, what), sizeof value);
         return value;
     }
-    uint32_t ReadBigEndian32(uint64_t offset, const char* what) const { return __builtin_bswap32(Read<uint32_t>(offset, what)); }
+    uint32_t ReadBigEndian32(uint64_t offset, const char* what) const {
+        return __builtin_bswap32(Read<uint32_t>(offset, what));
+    }
     size_t size() const { return size_; }
     const std::string& path() const { return path_; }
 
-private:
+   private:
     const std::string& path_;
     const uint8_t* data_;
     size_t size_;
@@ -122,7 +125,8 @@ Bytes ThisProcessorsSlice(const Bytes& file) {
     if (magic == kMachO64Magic) return file;
     if (magic == kMachO32Magic) throw LoadFailure(file.path(), "a 32-bit Mach-O file; Mac plug-ins are 64-bit");
     const uint32_t fatMagic = file.ReadBigEndian32(0, "the header");
-    if (fatMagic == kFat64Magic) throw LoadFailure(file.path(), "a fat file with 64-bit offsets, which no plug-in needs");
+    if (fatMagic == kFat64Magic)
+        throw LoadFailure(file.path(), "a fat file with 64-bit offsets, which no plug-in needs");
     if (fatMagic != kFatMagic) throw LoadFailure(file.path(), "not a Mach-O file");
     const uint32_t slices = file.ReadBigEndian32(4, "the fat header");
     std::string held;
@@ -167,7 +171,8 @@ struct Image {
 std::string LibraryName(const Bytes& slice, uint64_t command, uint32_t commandSize) {
     const uint32_t nameOffset = slice.Read<uint32_t>(command + 8, "a library's name");
     if (nameOffset >= commandSize) throw LoadFailure(slice.path(), "a library's name lies outside its command");
-    const char* name = reinterpret_cast<const char*>(slice.At(command + nameOffset, commandSize - nameOffset, "a library's name"));
+    const char* name =
+        reinterpret_cast<const char*>(slice.At(command + nameOffset, commandSize - nameOffset, "a library's name"));
     return std::string(name, strnlen(name, commandSize - nameOffset));
 }
 
@@ -175,8 +180,10 @@ Image ReadLoadCommands(const Bytes& slice) {
     const std::string& path = slice.path();
     const uint32_t cpu = slice.Read<uint32_t>(4, "the header");
     if (cpu != kThisCpu)
-        throw LoadFailure(path, std::string("a Mac library for ") + CpuName(cpu) + "; this process runs " + kThisCpuName);
-    if (slice.Read<uint32_t>(12, "the header") != kDylibFileType) throw LoadFailure(path, "a Mach-O file but not a dylib");
+        throw LoadFailure(path,
+                          std::string("a Mac library for ") + CpuName(cpu) + "; this process runs " + kThisCpuName);
+    if (slice.Read<uint32_t>(12, "the header") != kDylibFileType)
+        throw LoadFailure(path, "a Mach-O file but not a dylib");
     const uint32_t commands = slice.Read<uint32_t>(16, "the header");
     Image image;
     uint64_t command = 32;
@@ -187,11 +194,13 @@ Image ReadLoadCommands(const Bytes& slice) {
         slice.At(command, size, "a load command");
         switch (kind) {
             case kSegment64: {
-                Segment segment{slice.Read<uint64_t>(command + 24, "a segment"), slice.Read<uint64_t>(command + 32, "a segment"),
-                                slice.Read<uint64_t>(command + 40, "a segment"), slice.Read<uint64_t>(command + 48, "a segment"),
-                                slice.Read<uint32_t>(command + 60, "a segment")};
+                Segment segment{
+                    slice.Read<uint64_t>(command + 24, "a segment"), slice.Read<uint64_t>(command + 32, "a segment"),
+                    slice.Read<uint64_t>(command + 40, "a segment"), slice.Read<uint64_t>(command + 48, "a segment"),
+                    slice.Read<uint32_t>(command + 60, "a segment")};
                 slice.At(segment.fileOffset, segment.fileSize, "a segment's contents");
-                if (segment.fileSize > segment.memorySize) throw LoadFailure(path, "a segment larger in the file than in memory");
+                if (segment.fileSize > segment.memorySize)
+                    throw LoadFailure(path, "a segment larger in the file than in memory");
                 const uint32_t sections = slice.Read<uint32_t>(command + 64, "a segment");
                 for (uint32_t s = 0; s < sections; ++s) {
                     const uint64_t header = command + 72 + 80 * uint64_t{s};
@@ -220,7 +229,8 @@ Image ReadLoadCommands(const Bytes& slice) {
                 break;
             }
             case kDyldChainedFixups:
-                throw LoadFailure(path, "chained fix-ups (linked for macOS 12 or later); this loader reads the classic tables");
+                throw LoadFailure(
+                    path, "chained fix-ups (linked for macOS 12 or later); this loader reads the classic tables");
             case kLoadDylib:
             case kLoadWeakDylib:
             case kReexportDylib:
@@ -231,8 +241,9 @@ Image ReadLoadCommands(const Bytes& slice) {
         command += size;
     }
     if (!image.classicFixups) throw LoadFailure(path, "no fix-up tables (LC_DYLD_INFO_ONLY)");
-    const auto header = std::find_if(image.segments.begin(), image.segments.end(),
-                                     [](const Segment& segment) { return segment.fileOffset == 0 && segment.fileSize > 0; });
+    const auto header = std::find_if(image.segments.begin(), image.segments.end(), [](const Segment& segment) {
+        return segment.fileOffset == 0 && segment.fileSize > 0;
+    });
     if (header == image.segments.end()) throw LoadFailure(path, "no segment holds its header");
     image.headerAddress = header->address;
     return image;
@@ -240,7 +251,7 @@ Image ReadLoadCommands(const Bytes& slice) {
 
 // A stream of the fix-up tables' opcodes and numbers.
 class OpcodeReader {
-public:
+   public:
     OpcodeReader(const Bytes& slice, FixupTable table)
         : slice_(slice), next_(slice.At(table.offset, table.size, "a fix-up table")), end_(next_ + table.size) {}
     bool AtEnd() const { return next_ == end_; }
@@ -275,9 +286,10 @@ public:
         return std::string(reinterpret_cast<const char*>(start), reinterpret_cast<const char*>(next_++));
     }
 
-private:
+   private:
     void Need(size_t bytes) const {
-        if (static_cast<size_t>(end_ - next_) < bytes) throw LoadFailure(slice_.path(), "a fix-up table ends in the middle of an entry");
+        if (static_cast<size_t>(end_ - next_) < bytes)
+            throw LoadFailure(slice_.path(), "a fix-up table ends in the middle of an entry");
     }
     const Bytes& slice_;
     const uint8_t* next_;
@@ -286,18 +298,20 @@ private:
 
 // The mapped image: segments at their offsets from the lowest one.
 class Mapping {
-public:
+   public:
     Mapping(const Bytes& slice, const Image& image) : slice_(slice), image_(image) {
         low_ = image.segments.front().address;
         uint64_t high = 0;
         for (const Segment& segment : image.segments) {
             low_ = std::min(low_, segment.address);
-            if (segment.address + segment.memorySize < segment.address) throw LoadFailure(slice.path(), "a segment wraps around");
+            if (segment.address + segment.memorySize < segment.address)
+                throw LoadFailure(slice.path(), "a segment wraps around");
             high = std::max(high, segment.address + segment.memorySize);
         }
         const uint64_t page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
         length_ = (high - low_ + page - 1) / page * page;
-        if (length_ == 0 || length_ > (uint64_t{1} << 32)) throw LoadFailure(slice.path(), "segments spanning no memory or over 4 GB");
+        if (length_ == 0 || length_ > (uint64_t{1} << 32))
+            throw LoadFailure(slice.path(), "segments spanning no memory or over 4 GB");
         void* base = mmap(nullptr, length_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (base == MAP_FAILED) throw LoadFailure(slice.path(), "no memory for its segments");
         base_ = static_cast<uint8_t*>(base);
@@ -317,7 +331,8 @@ public:
 
     // The address of a pointer-sized slot at `offset` in segment `index`.
     uint8_t* Slot(uint64_t index, uint64_t offset) const {
-        if (index >= image_.segments.size()) throw LoadFailure(slice_.path(), "a fix-up names a segment that does not exist");
+        if (index >= image_.segments.size())
+            throw LoadFailure(slice_.path(), "a fix-up names a segment that does not exist");
         const Segment& segment = image_.segments[index];
         if (offset > segment.memorySize || segment.memorySize - offset < 8)
             throw LoadFailure(slice_.path(), "a fix-up lies outside its segment");
@@ -333,16 +348,18 @@ public:
         const uint64_t page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
         for (const Segment& segment : image_.segments) {
             const uint64_t start = (segment.address - low_) / page * page;
-            const uint64_t end = std::min(length_, (segment.address - low_ + segment.memorySize + page - 1) / page * page);
+            const uint64_t end =
+                std::min(length_, (segment.address - low_ + segment.memorySize + page - 1) / page * page);
             if (end <= start) continue;
-            const int protection = ((segment.protection & 1) ? PROT_READ : 0) | ((segment.protection & 2) ? PROT_WRITE : 0) |
+            const int protection = ((segment.protection & 1) ? PROT_READ : 0) |
+                                   ((segment.protection & 2) ? PROT_WRITE : 0) |
                                    ((segment.protection & 4) ? PROT_EXEC : 0);
             if (mprotect(base_ + start, end - start, protection) != 0)
                 throw LoadFailure(slice_.path(), "its segments' protections could not be set");
         }
     }
 
-private:
+   private:
     const Bytes& slice_;
     const Image& image_;
     uint64_t low_ = 0;
@@ -432,7 +449,8 @@ void ReadBinds(const Bytes& slice, FixupTable where, bool lazy, BindOne bindOne)
                 bindAt(times, table.Uleb() + 8);
                 break;
             }
-            case 0xd0: throw LoadFailure(slice.path(), "threaded binds (chained fix-ups), which this loader does not read");
+            case 0xd0:
+                throw LoadFailure(slice.path(), "threaded binds (chained fix-ups), which this loader does not read");
             default: throw LoadFailure(slice.path(), "an unknown bind opcode");
         }
     }
@@ -442,12 +460,14 @@ void BindImports(const Bytes& slice, const Image& image, const Mapping& mapping,
     auto bindOne = [&](uint64_t segment, uint64_t offset, int64_t ordinal, const std::string& symbol, bool weakImport,
                        int64_t addend) {
         if (ordinal < 1 || static_cast<uint64_t>(ordinal) > image.libraries.size())
-            throw LoadFailure(slice.path(), "import " + symbol + " from no library it names (ordinal " + std::to_string(ordinal) + ")");
+            throw LoadFailure(slice.path(), "import " + symbol + " from no library it names (ordinal " +
+                                                std::to_string(ordinal) + ")");
         const std::string& library = image.libraries[static_cast<size_t>(ordinal - 1)];
         void* address = MacImport(library, symbol, kThisProcessor, kind);
         if (address == nullptr && !weakImport)
             throw LoadFailure(slice.path(), "import " + symbol + " from " + library + " cannot be bound here");
-        WritePointer(mapping.Slot(segment, offset), reinterpret_cast<uint64_t>(address) + static_cast<uint64_t>(addend));
+        WritePointer(mapping.Slot(segment, offset),
+                     reinterpret_cast<uint64_t>(address) + static_cast<uint64_t>(addend));
     };
     ReadBinds(slice, image.bind, false, bindOne);
     ReadBinds(slice, image.lazyBind, true, bindOne);
@@ -461,12 +481,15 @@ uint64_t ExportedAddress(const Bytes& slice, const Image& image, const std::stri
     uint64_t node = 0;
     size_t matched = 0;
     for (int depth = 0; depth < 512; ++depth) {
-        OpcodeReader reader(slice, FixupTable{static_cast<uint32_t>(image.exports.offset + node), static_cast<uint32_t>(size - node)});
+        OpcodeReader reader(
+            slice, FixupTable{static_cast<uint32_t>(image.exports.offset + node), static_cast<uint32_t>(size - node)});
         const uint64_t terminalSize = reader.Uleb();
         if (matched == wanted.size()) {
             if (terminalSize == 0) break;
             const uint64_t flags = reader.Uleb();
-            if ((flags & 0x18) != 0) throw LoadFailure(slice.path(), wanted + " is a re-export or a resolver, which this loader does not follow");
+            if ((flags & 0x18) != 0)
+                throw LoadFailure(slice.path(),
+                                  wanted + " is a re-export or a resolver, which this loader does not follow");
             return reader.Uleb();
         }
         for (uint64_t skip = 0; skip < terminalSize; ++skip) reader.Byte();
@@ -533,7 +556,8 @@ LoadedMacPlugin LoadMacPlugin(const std::string& path, HostKind kind) {
     mapping.Protect();
     mapping.Keep();
     RunInitialisers(image, mapping);
-    const REALResolver resolver = kThisProcessor == MacProcessor::Arm64 ? AppleArm64Resolver() : SimulatedHost::Resolver();
+    const REALResolver resolver =
+        kThisProcessor == MacProcessor::Arm64 ? AppleArm64Resolver() : SimulatedHost::Resolver();
     return {pluginMain, resolver};
 }
 

@@ -92,7 +92,11 @@ struct LoaderCase {
 };
 
 const LoaderCase kCases[] = {
-    {"FatWithThisSlice", [](const Bytes& built) { return Fat({Foreign(built), built}); }, nullptr},
+    {"FatWithThisSlice",
+     [](const Bytes& built) {
+         return Fat({Foreign(built), built});
+     },
+     nullptr},
     {"FatWithoutThisSlice", [](const Bytes& built) { return Fat({Foreign(built)}); }, "a fat file without a slice for"},
     {"OtherProcessor", [](const Bytes& built) { return Foreign(built); }, "a Mac library for"},
     {"ImportNotBound", [](const Bytes& built) { return Renamed(built, "_strdup", "_strdu?"); },
@@ -100,7 +104,8 @@ const LoaderCase kCases[] = {
     {"UnknownFramework",
      [](const Bytes& built) { return Renamed(built, "CoreServices.framework", "CoreServicez.framework"); },
      "import _FSFindFolder from /System/Library/Frameworks/CoreServicez.framework"},
-    {"Truncated", [](const Bytes& built) { return Bytes(built.begin(), built.begin() + built.size() / 2); }, "truncated"},
+    {"Truncated", [](const Bytes& built) { return Bytes(built.begin(), built.begin() + built.size() / 2); },
+     "truncated"},
     {"HeaderOnly", [](const Bytes& built) { return Bytes(built.begin(), built.begin() + 40); }, "truncated"},
     {"ChainedFixups", [](const Bytes& built) { return Chained(built); }, "chained fix-ups"},
 };
