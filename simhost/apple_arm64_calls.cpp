@@ -59,11 +59,6 @@ namespace {
     std::abort();
 }
 
-template <typename Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
 // (3) A function known here whose narrow result is widened for Apple's caller.
 template <auto function>
 struct WidenedResult;

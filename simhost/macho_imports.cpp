@@ -94,11 +94,6 @@ struct Binding {
     void* address;
 };
 
-template <typename Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
 const Binding kDarwinNames[] = {
     {"___bzero", Address(&Bzero)},
     {"___sincos_stret", Address(&SinCosStret)},

@@ -11,6 +11,12 @@
 
 namespace simhost::internal {
 
+// A function's address as the import tables hold it.
+template <typename Function>
+void* Address(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
 // The processor a Mac library slice is built for.
 enum class MacProcessor { X86_64, Arm64 };
 
