@@ -11,8 +11,10 @@
 //      expect callees to widen results, to 32 bits; Linux leaves the upper bits
 //      of both undefined. So a Linux function's bool, 8- or 16-bit result is
 //      widened for an Apple caller; an Apple caller's narrow arguments need
-//      nothing. (The host's own calls into the library widen theirs:
-//      picture_methods.cpp.)
+//      nothing. The host's calls into the library pass one narrow argument,
+//      RotateImageAndMaskQLM's cut, as GCC loads it (zero-extended); the
+//      library only compares it with zero, and a byte is zero exactly when
+//      its widened 32 bits are, whichever way it was widened.
 //   4. char is signed on Apple arm64 and unsigned on Linux: no function below
 //      passes a char by value, and the bytes of strings are the same.
 // Every function that crosses, with its shape and adaptation:

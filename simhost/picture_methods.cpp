@@ -44,10 +44,7 @@ MethodResult CallInForm(REALproc function, MethodForm form, REALpicture receiver
         case MethodForm::Picture: return {.picture = Invoke<REALpicture>(function, receiver)};
         case MethodForm::AngleAndBackground:
             return {.picture = Invoke<REALpicture>(function, receiver, a.angle, a.background)};
-        // Widened to 32 bits, as Apple's arm64 callees expect of their callers;
-        // every other convention reads only the low byte of the slot.
-        case MethodForm::AngleAndCut:
-            return {.picture = Invoke<REALpicture>(function, receiver, a.angle, static_cast<int32_t>(a.cut))};
+        case MethodForm::AngleAndCut: return {.picture = Invoke<REALpicture>(function, receiver, a.angle, a.cut)};
         case MethodForm::Size: return {.picture = Invoke<REALpicture>(function, receiver, a.width, a.height)};
         case MethodForm::InPlace: return {.changed = Invoke<bool>(function, receiver)};
         case MethodForm::MemoryEstimate: return {.bytes = Invoke<int64_t>(function, receiver, a.angle)};

@@ -35,7 +35,8 @@ void FillRandom(simhost::SimulatedHost& host, REALpicture picture, uint32_t seed
         return state;
     };
     std::vector<simhost::Rgba> row(static_cast<size_t>(std::max(host.Width(picture), 0)));
-    for (int32_t y = 0; y < host.Height(picture); ++y) {
+    const int32_t height = host.Height(picture);
+    for (int32_t y = 0; y < height; ++y) {
         for (simhost::Rgba& pixel : row) {
             const uint32_t v = next();
             pixel = {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
