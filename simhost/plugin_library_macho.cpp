@@ -471,8 +471,11 @@ void BindImports(const Bytes& slice, const Image& image, const Mapping& mapping,
     };
     ReadBinds(slice, image.bind, false, bindOne);
     ReadBinds(slice, image.lazyBind, true, bindOne);
-    // Checked for their form only: the library's own definitions stand.
-    ReadBinds(slice, image.weakBind, false, [](uint64_t, uint64_t, int64_t, const std::string&, bool, int64_t) {});
+    // Checked for their form and place only: the library's own definitions stand.
+    ReadBinds(slice, image.weakBind, false,
+              [&](uint64_t segment, uint64_t offset, int64_t, const std::string&, bool, int64_t) {
+                  mapping.Slot(segment, offset);
+              });
 }
 
 // The address of `wanted` in the export trie, from the Mach header's.
