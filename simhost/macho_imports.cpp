@@ -143,18 +143,16 @@ void* FrameworkFunction(const std::string& library, const std::string& symbol, H
 
 }  // namespace
 
-void* MacImport(const std::string& library, const std::string& symbol, MacProcessor processor, HostKind kind) {
+void* MacImport(const std::string& library, const std::string& symbol, HostKind kind) {
     void* address = nullptr;
     if (library == kLibSystem)
         address = CLibraryFunction(symbol);
     else if (library == kCoreFoundation || library == kCoreServices)
         address = FrameworkFunction(library, symbol, kind);
-    if (address == nullptr || processor == MacProcessor::X86_64) return address;
 #if defined(__aarch64__)
-    return AppleArm64Callable(symbol, address);
-#else
-    return nullptr;
+    if (address != nullptr) return AppleArm64Callable(symbol, address);
 #endif
+    return address;
 }
 
 }  // namespace simhost::internal

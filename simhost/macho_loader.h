@@ -17,9 +17,6 @@ void* Address(Function* function) {
     return reinterpret_cast<void*>(function);
 }
 
-// The processor a Mac library slice is built for.
-enum class MacProcessor { X86_64, Arm64 };
-
 // Whether the file starts as a Mach-O file or a fat (universal) one does.
 bool IsMachOFile(const std::string& path);
 
@@ -37,7 +34,7 @@ LoadedMacPlugin LoadMacPlugin(const std::string& path, HostKind kind);
 // The address a Mac library's import resolves to in this process: `library` is
 // the install name it was linked against, `symbol` the Mach-O name (with its
 // leading underscore). Null when it cannot be bound.
-void* MacImport(const std::string& library, const std::string& symbol, MacProcessor processor, HostKind kind);
+void* MacImport(const std::string& library, const std::string& symbol, HostKind kind);
 
 // Apple's arm64 calling convention meets Linux's where the Mac library calls a
 // function of this process: the version of `address` (found for `name`) that an

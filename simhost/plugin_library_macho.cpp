@@ -66,11 +66,9 @@ constexpr uint32_t kInitFuncOffsets = 0x16;
 
 #if defined(__x86_64__)
 constexpr uint32_t kThisCpu = kCpuX86_64;
-constexpr MacProcessor kThisProcessor = MacProcessor::X86_64;
 constexpr const char* kThisCpuName = "x86-64";
 #elif defined(__aarch64__)
 constexpr uint32_t kThisCpu = kCpuArm64;
-constexpr MacProcessor kThisProcessor = MacProcessor::Arm64;
 constexpr const char* kThisCpuName = "arm64";
 #else
 #error "Mac libraries run in 64-bit x86 and arm64 processes only"
@@ -110,7 +108,6 @@ class Bytes {
     uint32_t ReadBigEndian32(uint64_t offset, const char* what) const {
         return __builtin_bswap32(Read<uint32_t>(offset, what));
     }
-    size_t size() const { return size_; }
     const std::string& path() const { return path_; }
 
    private:
@@ -463,7 +460,7 @@ void BindImports(const Bytes& slice, const Image& image, const Mapping& mapping,
             throw LoadFailure(slice.path(), "import " + symbol + " from no library it names (ordinal " +
                                                 std::to_string(ordinal) + ")");
         const std::string& library = image.libraries[static_cast<size_t>(ordinal - 1)];
-        void* address = MacImport(library, symbol, kThisProcessor, kind);
+        void* address = MacImport(library, symbol, kind);
         if (address == nullptr && !weakImport)
             throw LoadFailure(slice.path(), "import " + symbol + " from " + library + " cannot be bound here");
         WritePointer(mapping.Slot(segment, offset),
@@ -559,8 +556,11 @@ LoadedMacPlugin LoadMacPlugin(const std::string& path, HostKind kind) {
     mapping.Protect();
     mapping.Keep();
     RunInitialisers(image, mapping);
-    const REALResolver resolver =
-        kThisProcessor == MacProcessor::Arm64 ? AppleArm64Resolver() : SimulatedHost::Resolver();
+#if defined(__aarch64__)
+    const REALResolver resolver = AppleArm64Resolver();
+#else
+    const REALResolver resolver = SimulatedHost::Resolver();
+#endif
     return {pluginMain, resolver};
 }
 
