@@ -7,7 +7,8 @@
 // missing, read-only or mounted noexec, and its size is checked before it is
 // loaded: a truncated library would load and then fault in the middle of a call.
 // A Mac library (Mach-O) goes to the loader of plugin_library_macho.cpp instead,
-// which maps a fresh instance at every load.
+// and in an arm64 process a Windows arm64 DLL to that of plugin_library_pe.cpp;
+// both map a fresh instance at every load.
 #include <dlfcn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -22,6 +23,9 @@
 #include "simhost/simulated_host.h"
 #if defined(SIMHOST_LOADS_MAC_LIBRARIES)
 #include "simhost/macho_loader.h"
+#endif
+#if defined(SIMHOST_LOADS_WINDOWS_ARM64_LIBRARIES)
+#include "simhost/pe_loader.h"
 #endif
 
 namespace simhost {
@@ -64,6 +68,12 @@ PluginLibrary::PluginLibrary(SimulatedHost& host, const std::string& libraryPath
     if (internal::IsMachOFile(libraryPath)) {
         const internal::LoadedMacPlugin loaded = internal::LoadMacPlugin(libraryPath, host.config().kind);
         loaded.pluginMain(loaded.resolver);
+        return;
+    }
+#endif
+#if defined(SIMHOST_LOADS_WINDOWS_ARM64_LIBRARIES)
+    if (internal::IsPeFile(libraryPath)) {
+        internal::LoadWindowsArm64Plugin(libraryPath)(SimulatedHost::Resolver());
         return;
     }
 #endif

@@ -1,6 +1,7 @@
-// The Mach-O loader's own cases, on copies of the built Mac library: the slice
-// for this processor taken from a fat file, and every damaged or foreign file
-// refused with what is wrong before any of the library's code has run.
+// The Mach-O and PE loaders' own cases, on copies of the built Mac or Windows
+// arm64 library: for the Mac, the slice for this processor taken from a fat
+// file; for both, every damaged or foreign file refused with what is wrong
+// before any of the library's code has run.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,6 +23,24 @@ Bytes Built() {
     std::ifstream file(simhost::DefaultPluginPath(), std::ios::binary);
     return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
+
+// Every occurrence of `from` (names in the import tables and the symbol table)
+// replaced by `to`, of the same length.
+Bytes Renamed(Bytes bytes, const std::string& from, const std::string& to) {
+    for (auto at = bytes.begin(); (at = std::search(at, bytes.end(), from.begin(), from.end())) != bytes.end();)
+        at = std::copy(to.begin(), to.end(), at);
+    return bytes;
+}
+
+Bytes Truncated(const Bytes& built) { return Bytes(built.begin(), built.begin() + built.size() / 2); }
+
+struct LoaderCase {
+    const char* name;
+    std::function<Bytes(const Bytes&)> make;
+    const char* refusal;  // null: it loads
+};
+
+#if defined(PIXTURN_LOADS_MAC_LIBRARY)
 
 uint32_t Cpu(const Bytes& slice) {
     uint32_t cpu;
@@ -61,14 +80,6 @@ Bytes Foreign(Bytes slice) {
     return slice;
 }
 
-// Every occurrence of `from` (names in the bind tables and the symbol table)
-// replaced by `to`, of the same length.
-Bytes Renamed(Bytes bytes, const std::string& from, const std::string& to) {
-    for (auto at = bytes.begin(); (at = std::search(at, bytes.end(), from.begin(), from.end())) != bytes.end();)
-        at = std::copy(to.begin(), to.end(), at);
-    return bytes;
-}
-
 // The classic fix-up tables' command relabelled as chained fix-ups.
 Bytes Chained(Bytes bytes) {
     const uint32_t classic = 0x80000022, chained = 0x80000034;
@@ -85,12 +96,6 @@ Bytes Chained(Bytes bytes) {
     return bytes;
 }
 
-struct LoaderCase {
-    const char* name;
-    std::function<Bytes(const Bytes&)> make;
-    const char* refusal;  // null: it loads
-};
-
 const LoaderCase kCases[] = {
     {"FatWithThisSlice",
      [](const Bytes& built) {
@@ -104,16 +109,39 @@ const LoaderCase kCases[] = {
     {"UnknownFramework",
      [](const Bytes& built) { return Renamed(built, "CoreServices.framework", "CoreServicez.framework"); },
      "import _FSFindFolder from /System/Library/Frameworks/CoreServicez.framework"},
-    {"Truncated", [](const Bytes& built) { return Bytes(built.begin(), built.begin() + built.size() / 2); },
-     "truncated"},
+    {"Truncated", Truncated, "truncated"},
     {"HeaderOnly", [](const Bytes& built) { return Bytes(built.begin(), built.begin() + 40); }, "truncated"},
     {"ChainedFixups", [](const Bytes& built) { return Chained(built); }, "chained fix-ups"},
 };
 
-class MachOLoaderTest : public ::testing::TestWithParam<LoaderCase> {};
+#else
 
-TEST_P(MachOLoaderTest, LoadsTheSliceOrRefusesBeforeAnyCodeRuns) {
-    const std::string path = ::testing::TempDir() + "pixturn-loader-" + GetParam().name + ".dylib";
+// The DLL as an x86-64 one: its PE header names that machine.
+Bytes Amd64(Bytes bytes) {
+    uint32_t header;
+    std::memcpy(&header, bytes.data() + 0x3c, sizeof header);
+    const uint16_t amd64 = 0x8664;
+    std::memcpy(bytes.data() + header + 4, &amd64, sizeof amd64);
+    return bytes;
+}
+
+const LoaderCase kCases[] = {
+    {"AsBuilt", [](const Bytes& built) { return built; }, nullptr},
+    {"OtherProcessor", Amd64, "a DLL for x86-64"},
+    {"ImportNotBound", [](const Bytes& built) { return Renamed(built, "wcslen", "wcsle?"); },
+     "import wcsle? from msvcrt.dll cannot be bound here"},
+    {"UnknownDll", [](const Bytes& built) { return Renamed(built, "msvcrt.dll", "msvcrz.dll"); },
+     "from msvcrz.dll cannot be bound here"},
+    {"Truncated", Truncated, "truncated"},
+    {"HeaderOnly", [](const Bytes& built) { return Bytes(built.begin(), built.begin() + 0x40); }, "truncated"},
+};
+
+#endif
+
+class ForeignLoaderTest : public ::testing::TestWithParam<LoaderCase> {};
+
+TEST_P(ForeignLoaderTest, LoadsTheSliceOrRefusesBeforeAnyCodeRuns) {
+    const std::string path = ::testing::TempDir() + "pixturn-loader-" + GetParam().name;
     {
         const Bytes bytes = GetParam().make(Built());
         std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -131,7 +159,7 @@ TEST_P(MachOLoaderTest, LoadsTheSliceOrRefusesBeforeAnyCodeRuns) {
     std::remove(path.c_str());
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, MachOLoaderTest, ::testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Files, ForeignLoaderTest, ::testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
