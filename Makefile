@@ -2,9 +2,9 @@
 # (build/demo) and runs the gallery; make test: builds and runs every test
 # (default build, sanitized build, ThreadSanitizer build, the 32-bit x86 build,
 # the ARM and arm64 builds under QEMU, the Mac x86-64 library here and the Mac
-# arm64 one under QEMU through the simulated host's Mach-O loader, the 64-bit
-# Windows build under Wine, the 32-bit Windows DLL's exports and imports, a
-# minute of fuzzing);
+# arm64 one under QEMU through the simulated host's Mach-O loader, the Windows
+# arm64 DLL under QEMU through its PE loader, the 64-bit Windows build under
+# Wine, the 32-bit Windows DLL's exports and imports, a minute of fuzzing);
 # make fuzz-long: fuzzes for FUZZ_RUNS inputs (ten million unless told), or
 # FUZZ_SECONDS if given first; docs/reliability.md has its figures;
 # make coverage: the lines of the plug-in the committed fuzz corpus reaches;
@@ -16,7 +16,7 @@ JOBS ?= $(shell nproc)
 FUZZ_RUNS ?= 10000000
 FUZZ_SECONDS ?= 0
 
-.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-mac-x86-64 test-mac-arm64 test-win64 test-win32 test-package package fuzz fuzz-long coverage mutants clean bench bench-cli
+.PHONY: deps deps-demo build build-demo demo test test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-mac-x86-64 test-mac-arm64 test-win-arm64 test-win64 test-win32 test-package package fuzz fuzz-long coverage mutants clean bench bench-cli
 
 deps:
 	bash scripts/install-deps.sh
@@ -35,13 +35,13 @@ build-demo: deps-demo
 demo: build-demo
 	./build/demo/tools/pixturn demo demo-output
 
-test: test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-mac-x86-64 test-mac-arm64 test-win64 test-win32 fuzz test-package
+test: test-default test-asan test-tsan test-m32 test-armhf test-arm64 test-mac-x86-64 test-mac-arm64 test-win-arm64 test-win64 test-win32 fuzz test-package
 
 test-default: build
 	ctest --preset default
 
 # Each preset's own build directory: configured, built and its tests run.
-PRESET_TESTS := asan tsan m32 armhf arm64 mac-x86-64 mac-arm64 win64
+PRESET_TESTS := asan tsan m32 armhf arm64 mac-x86-64 mac-arm64 win-arm64 win64
 $(addprefix test-,$(PRESET_TESTS)): test-%: deps
 	cmake --preset $*
 	cmake --build --preset $* -j $(JOBS)

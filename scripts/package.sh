@@ -4,10 +4,10 @@
 #   PixTurn/Build Resources/<target>/<library>       one per target of the README's table
 #   PixTurn/IDE Resources/Help/index.html            the method reference, with its pictures beside it
 # Each target's library is built with its preset (only the PixTurn target, in the
-# build folder make test uses) and stripped with that toolchain's strip; a Mac
-# library with llvm-strip, which reads Mach-O and signs an arm64 library anew
-# (GNU strip reads neither), and a universal one is its slices, stripped,
-# joined by llvm-lipo. The help
+# build folder make test uses) and stripped with that toolchain's strip; a
+# library Zig builds (a Mac one, Windows arm64) with llvm-strip, which reads
+# Mach-O and arm64 PE files and signs an arm64 Mac library anew (GNU strip reads
+# neither), and a universal one is its slices, stripped, joined by llvm-lipo. The help
 # takes its text from the README and its pictures from `pixturn demo` on the
 # test card, run by the default build's pixturn.
 # Usage: JOBS=N scripts/package.sh
@@ -33,7 +33,7 @@ while IFS=$'\t' read -r target preset library machine; do
   for each in "${presets[@]}"; do
     build "$each" PixTurn
     slices+=("$out/$each-$library")
-    if [[ "$library" == *.dylib ]]; then
+    if grep -q '^PIXTURN_LIBRARY_TOOLCHAIN:STRING=.' "build/$each/CMakeCache.txt"; then
       /usr/lib/llvm-14/bin/llvm-strip -x -S -o "${slices[-1]}" "build/$each/$library"
     else
       strip=$(sed -n 's/^CMAKE_STRIP:FILEPATH=//p' "build/$each/CMakeCache.txt")
