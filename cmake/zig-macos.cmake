@@ -1,12 +1,11 @@
 # The plug-in for macOS, cross-built here: Zig 0.11's clang compiles
 # (cmake/zig.cmake), and Debian's ld64.lld links, because Zig's own Mach-O
 # linker exports every hidden symbol of the static libc++ and cannot keep
-# REALPluginMain alone. The link takes Zig's
-# libc++, libc++abi and compiler-rt archives, the libSystem stub Zig ships and
-# the project's stubs of CoreFoundation and CoreServices, so the library loads
-# only those three on a Mac. The lowest macOS is 11.0, the first on Apple
-# silicon. Included by cmake/toolchain-mac-*.cmake, which set
-# PIXTURN_MAC_ARCH (x86_64 or arm64).
+# REALPluginMain alone. The link takes Zig's libc++, libc++abi and compiler-rt
+# archives, the libSystem stub Zig ships and the project's stubs of
+# CoreFoundation and CoreServices, so the library loads only those three on a
+# Mac. The lowest macOS is 11.0, the first on Apple silicon. Included by
+# cmake/toolchain-mac-*.cmake, which set PIXTURN_MAC_ARCH (x86_64 or arm64).
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_VERSION 20.0)
 set(CMAKE_SYSTEM_PROCESSOR ${PIXTURN_MAC_ARCH})
