@@ -235,10 +235,17 @@ size_t PictureStore::StoredBytesHash() const {
     return combined;
 }
 
+// Sized once and filled row by row with memcpy: the fuzz target takes these bytes
+// twice a call, and under AddressSanitizer a vector's insert copies with the
+// sanitizer's own byte-by-byte memmove, which took a tenth of its time.
 std::vector<uint8_t> PictureStore::StoredBytes() const {
     std::vector<uint8_t> bytes;
-    if (width_ > 0 && height_ > 0) bytes.reserve(static_cast<size_t>(width_) * static_cast<size_t>(height_) * 4);
-    ForEachStoredRow([&bytes](const uint8_t* row, size_t length) { bytes.insert(bytes.end(), row, row + length); });
+    size_t filled = 0;
+    ForEachStoredRow([this, &bytes, &filled](const uint8_t* row, size_t length) {
+        if (bytes.empty()) bytes.resize(length * static_cast<size_t>(height_));
+        std::memcpy(bytes.data() + filled, row, length);
+        filled += length;
+    });
     return bytes;
 }
 
