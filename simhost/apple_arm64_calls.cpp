@@ -122,21 +122,11 @@ void* LoadObjectMethod(REALobject object, const char* declaration) {
 }
 
 // (1) snprintf: the variadic arguments are on the stack where the call left
-// them; the stub below hands their address on as a fourth argument, and a
-// glibc va_list whose register areas are used up reads them from there, one
-// 8-byte slot each, as Apple's va_list does.
+// them, one 8-byte slot each; the stub below hands their address on as a fourth
+// argument, and vsnprintf reads them from there.
 extern "C" int PixturnAppleSnprintf(char* buffer, size_t size, const char* format, void* stackArguments) {
-    struct GlibcVaList {
-        void* stack;
-        void* generalTop;
-        void* vectorTop;
-        int generalOffset;
-        int vectorOffset;
-    };
-    static_assert(sizeof(GlibcVaList) == sizeof(va_list));
-    const GlibcVaList fromStack{stackArguments, nullptr, nullptr, 0, 0};
     va_list arguments;
-    std::memcpy(&arguments, &fromStack, sizeof arguments);
+    VaListOverSlots(stackArguments, arguments);
     return std::vsnprintf(buffer, size, format, arguments);
 }
 extern "C" int PixturnAppleSnprintfEntry(char*, size_t, const char*, ...);

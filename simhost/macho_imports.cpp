@@ -89,11 +89,6 @@ int SysctlByName([[maybe_unused]] const char* name, void* value, size_t* size, v
 
 void* NoQuickDrawOn64BitMac(CFBundleRef, CFStringRef) { return nullptr; }
 
-struct Binding {
-    const char* symbol;
-    void* address;
-};
-
 const Binding kDarwinNames[] = {
     {"___bzero", Address(&Bzero)},
     {"___sincos_stret", Address(&SinCosStret)},
@@ -117,14 +112,8 @@ const Binding kFrameworkNames[] = {
     {"_FSFindFolder", Address(&FSFindFolder)},
 };
 
-void* Find(const Binding* begin, const Binding* end, const std::string& symbol) {
-    for (const Binding* binding = begin; binding != end; ++binding)
-        if (symbol == binding->symbol) return binding->address;
-    return nullptr;
-}
-
 void* CLibraryFunction(const std::string& symbol) {
-    if (void* darwin = Find(std::begin(kDarwinNames), std::end(kDarwinNames), symbol)) return darwin;
+    if (void* darwin = Find(kDarwinNames, symbol)) return darwin;
     if (symbol.size() < 2 || symbol[0] != '_') return nullptr;
     static void* const cLibrary = dlopen("libc.so.6", RTLD_NOW | RTLD_NOLOAD);
     static void* const mathLibrary = dlopen("libm.so.6", RTLD_NOW);
@@ -138,7 +127,7 @@ void* FrameworkFunction(const std::string& library, const std::string& symbol, H
     if (coreServices != (library == kCoreServices)) return nullptr;
     if (symbol == "_CFBundleGetFunctionPointerForName" && (kind == HostKind::Console || kind == HostKind::Web))
         return Address(&NoQuickDrawOn64BitMac);
-    return Find(std::begin(kFrameworkNames), std::end(kFrameworkNames), symbol);
+    return Find(kFrameworkNames, symbol);
 }
 
 }  // namespace

@@ -7,15 +7,10 @@
 #include <string>
 
 #include "platform/xojo/rb_plugin.h"
+#include "simhost/import_binding.h"
 #include "simhost/simulated_host.h"
 
 namespace simhost::internal {
-
-// A function's address as the import tables hold it.
-template <typename Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
 
 // Whether the file starts as a Mach-O file or a fat (universal) one does.
 bool IsMachOFile(const std::string& path);

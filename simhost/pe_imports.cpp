@@ -41,8 +41,6 @@
 //                             va_list (a pointer to 8-byte slots on Windows)
 //                             made into glibc's
 // No import takes variadic arguments, and none a long.
-#include <unistd.h>
-
 #include <cerrno>
 #include <chrono>
 #include <climits>
@@ -56,16 +54,12 @@
 #include <strings.h>
 #include <thread>
 
+#include "simhost/import_binding.h"
 #include "simhost/pe_loader.h"
 
 namespace simhost::internal {
 
 namespace {
-
-template <typename Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
 
 [[noreturn]] void Stop(const char* what) {
     std::fprintf(stderr, "the Windows arm64 library reached %s, which its imports' stand-ins do not provide\n", what);
@@ -155,21 +149,10 @@ size_t Write(const void* data, size_t size, size_t count, MsvcrtFile* file) {
     return std::fwrite(data, size, count, Stream(file));
 }
 
-// A Windows va_list points at the arguments' 8-byte slots; a glibc va_list
-// whose register areas are used up reads them from its stack pointer, one
-// 8-byte slot each, floating ones included.
+// A Windows va_list is a pointer to the arguments' 8-byte slots.
 int FormatToStream(MsvcrtFile* file, const char* format, void* slots) {
-    struct GlibcVaList {
-        void* stack;
-        void* generalTop;
-        void* vectorTop;
-        int generalOffset;
-        int vectorOffset;
-    };
-    static_assert(sizeof(GlibcVaList) == sizeof(va_list));
-    const GlibcVaList fromSlots{slots, nullptr, nullptr, 0, 0};
     va_list arguments;
-    std::memcpy(&arguments, &fromSlots, sizeof arguments);
+    VaListOverSlots(slots, arguments);
     return std::vfprintf(Stream(file), format, arguments);
 }
 
@@ -179,11 +162,6 @@ constexpr char kVirtualProtect[] = "VirtualProtect";
 constexpr char kIsDbcsLeadByteEx[] = "IsDBCSLeadByteEx";
 constexpr char kMultiByteToWideChar[] = "MultiByteToWideChar";
 constexpr char kWideCharToMultiByte[] = "WideCharToMultiByte";
-
-struct Binding {
-    const char* symbol;
-    void* address;
-};
 
 const Binding kKernel32[] = {
     {"InitializeCriticalSection", Address(&InitializeCriticalSection)},
@@ -230,13 +208,6 @@ const Binding kMsvcrt[] = {
     {"fwrite", Address(&Write)},
     {"vfprintf", Address(&FormatToStream)},
 };
-
-template <size_t count>
-void* Find(const Binding (&table)[count], const std::string& symbol) {
-    for (const Binding& binding : table)
-        if (symbol == binding.symbol) return binding.address;
-    return nullptr;
-}
 
 }  // namespace
 
